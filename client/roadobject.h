@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QDateTime>
+#include <QtGlobal>
+
+// The latest report of one vehicle tracked by the radar, in the road frame:
+// X along the road, Y across it (positive to the left of travel along +X).
+struct RoadObject
+{
+    quint8 id = 0;
+    double xSpeed = 0.0; // m/s
+    double ySpeed = 0.0; // m/s
+    double xRange = 0.0; // m
+    double yRange = 0.0; // m
+    double length = 0.0; // m
+    QDateTime lastDetected; // UTC time of the message that last reported the object
+};
