@@ -13,6 +13,7 @@ MainWindow::MainWindow(QWidget* parent)
     , m_baseTitle(tr("Dunvel Orvex Road App"))
 {
     setWindowTitle(m_baseTitle);
+    resize(1280, 800);
     QFont windowFont = font();
     windowFont.setFamily(QStringLiteral("Sans"));
     setFont(windowFont);

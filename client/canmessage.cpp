@@ -27,6 +27,10 @@ void CanMessage::doCopyData(void* dest, const void* src, quint8 length, bool rev
         std::memcpy(d, s, length);
         return;
     }
+    if (length == MaxLength) {  // the common case: one byte swap
+        qToLittleEndian(qFromBigEndian<quint64>(s), d);
+        return;
+    }
     for (int i = 0; i < length; ++i)
         d[i] = s[length - 1 - i];
 }
