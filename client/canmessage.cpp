@@ -27,7 +27,7 @@ void CanMessage::doCopyData(void* dest, const void* src, quint8 length, bool rev
         std::memcpy(d, s, length);
         return;
     }
-    if (length == MaxLength) {  // the common case: one byte swap
+    if (length == MaxLength) { // the common case: one byte swap
         qToLittleEndian(qFromBigEndian<quint64>(s), d);
         return;
     }

@@ -222,7 +222,7 @@ void IOrvexClient::onServerTextReceived(const QString& message)
 
 void IOrvexClient::forceServerToChangeProtocol(int protocol)
 {
-    doSendCommandToServer(ChangeRadarProtocol, QJsonObject {{KeyRadarProtocol, protocol}});
+    doSendCommandToServer(ChangeRadarProtocol, QJsonObject{{KeyRadarProtocol, protocol}});
 }
 
 void IOrvexClient::doSendCommandToServer(RrspCommand command, const QJsonObject& object)
@@ -322,7 +322,7 @@ void IOrvexClient::doHandleRadarCommandState(int command, CommandState state, in
 void IOrvexClient::doQueueRadarCommand(int command, const QByteArray& data, int retries)
 {
     const bool wasEmpty = m_commands.isEmpty();
-    m_commands.append(RadarCommand {retries, command, data, ++m_nextCommandSerial});
+    m_commands.append(RadarCommand{retries, command, data, ++m_nextCommandSerial});
     doHandleRadarCommandState(command, Queued, 0);
     if (wasEmpty)
         doSendNextRadarCommand();
@@ -416,7 +416,7 @@ void IOrvexClient::sendAnySwitchCmd(int command, quint8 value)
 void IOrvexClient::doAddObject(quint8 id, double xSpeed, double ySpeed, double xRange,
                                double yRange, double length, const QDateTime& lastDetected)
 {
-    m_roadObjects.insert(id, RoadObject {id, xSpeed, ySpeed, xRange, yRange, length, lastDetected});
+    m_roadObjects.insert(id, RoadObject{id, xSpeed, ySpeed, xRange, yRange, length, lastDetected});
 }
 
 void IOrvexClient::doUpdateObjects(const QDateTime& dateTime)

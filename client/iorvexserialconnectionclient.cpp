@@ -515,8 +515,8 @@ void IOrvexSerialConnectionClient::doHandleCachedUdtData()
         doHandleReadParamResponse(read0, read1, read2);
 
     for (const auto& [firstKey, type] :
-         {std::pair {RadarDevInfoUdtPayload::HardwareInfoFirstKey, HardwareInfo},
-          std::pair {RadarDevInfoUdtPayload::FirmwareInfoFirstKey, FirmwareInfo}}) {
+         {std::pair{RadarDevInfoUdtPayload::HardwareInfoFirstKey, HardwareInfo},
+          std::pair{RadarDevInfoUdtPayload::FirmwareInfoFirstKey, FirmwareInfo}}) {
         QList<RadarDevInfoUdtPayload> payloads;
         for (int i = 0; i < RadarDevInfoUdtPayload::FrameCount; ++i) {
             const auto it = m_udtCache.constFind(quint16(firstKey + i));
@@ -708,7 +708,7 @@ void IOrvexSerialConnectionClient::doStatCanMessage(const CanMessage& message,
 {
     auto it = m_canStats.find(message.id);
     if (it == m_canStats.end())
-        it = m_canStats.insert(message.id, CanMsgInfo {0, {}, QDateTime::currentDateTime()});
+        it = m_canStats.insert(message.id, CanMsgInfo{0, {}, QDateTime::currentDateTime()});
     ++it->count;
     // Overwrite in place: no allocation per frame unless a receiver kept a copy.
     it->serialized.resize(message.streamSize());

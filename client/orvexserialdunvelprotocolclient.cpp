@@ -8,6 +8,6 @@ OrvexSerialDunvelProtocolClient::~OrvexSerialDunvelProtocolClient() = default;
 
 const QList<quint16>& OrvexSerialDunvelProtocolClient::ackMessageCanIds() const
 {
-    static const QList<quint16> ids {AckMessageCanId};
+    static const QList<quint16> ids{AckMessageCanId};
     return ids;
 }

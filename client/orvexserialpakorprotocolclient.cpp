@@ -8,6 +8,6 @@ OrvexSerialPakorProtocolClient::~OrvexSerialPakorProtocolClient() = default;
 
 const QList<quint16>& OrvexSerialPakorProtocolClient::ackMessageCanIds() const
 {
-    static const QList<quint16> ids {AckMessageCanId};
+    static const QList<quint16> ids{AckMessageCanId};
     return ids;
 }

@@ -1,19 +1,28 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs the operator's application.
-# The settings file is read from and written to the current directory.
+# Installs what is missing, builds, and runs the operator's application against the
+# bundled radar server simulator (ws://127.0.0.1:7578/). The simulator stops when the
+# application closes. The settings file is read from and written to the current
+# directory.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 "$root/scripts/ensure-deps.sh"
 cmake -S "$root" -B "$root/build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build "$root/build" -j2 --target orvex-road-app-gui orvex-translations
+cmake --build "$root/build" -j2 --target orvex-road-app-gui orvex-radar-sim orvex-translations
 
 app="$root/build/bin/orvex-road-app-gui"
+sim="$root/build/bin/orvex-radar-sim"
+
+display=()
 if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
-    if command -v xvfb-run >/dev/null; then
-        echo "No display: running under xvfb-run."
-        exec xvfb-run -a -s "-screen 0 1600x1000x24" "$app"
+    if ! command -v xvfb-run >/dev/null; then
+        echo "No display found (DISPLAY is not set). Start this from a desktop session." >&2
+        exit 1
     fi
-    echo "No display found (DISPLAY is not set). Start this from a desktop session." >&2
-    exit 1
+    echo "No display: running under xvfb-run."
+    display=(xvfb-run -a -s "-screen 0 1600x1000x24")
 fi
-exec "$app"
+
+"$sim" "$@" &
+sim_pid=$!
+trap 'kill "$sim_pid" 2>/dev/null || true; wait "$sim_pid" 2>/dev/null || true' EXIT
+"${display[@]}" "$app"

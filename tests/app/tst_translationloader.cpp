@@ -37,7 +37,7 @@ void tst_TranslationLoader::cleanup()
 void tst_TranslationLoader::directories()
 {
     QCOMPARE(TranslationLoader::catalogueNames(),
-             (QStringList {"qt", "orvex-widgets", "orvex-road-app-gui"}));
+             (QStringList{"qt", "orvex-widgets", "orvex-road-app-gui"}));
     // The toolkit's own catalogue only from the system, ours only beside the program.
     QCOMPARE(TranslationLoader::catalogueDirectory("qt", "/opt/orvex"),
              QString("/usr/share/qt5/translations"));

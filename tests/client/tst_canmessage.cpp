@@ -128,7 +128,7 @@ void tst_CanMessage::ackExtract()
     QFETCH(int, byte2);
     QFETCH(int, code);
 
-    const QList<quint16> ids {0x4f0};
+    const QList<quint16> ids{0x4f0};
     std::unique_ptr<AckMessage> ack(AckMessage::extract(stream.constData(), stream.size(), ids));
     QCOMPARE(ack != nullptr, ok);
     QVERIFY(!AckMessage::extract(stream.constData(), stream.size(), {})); // empty list: never

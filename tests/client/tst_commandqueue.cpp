@@ -89,21 +89,21 @@ void tst_CommandQueue::oneInFlightAndTheGapBetween()
     c->sendCmdSaveToFlash();
     c->sendCmdGetImitatorMode();
     QCOMPARE(takeSteps(),
-             (QList<Step> {step(C::CmdRestart, C::Queued, 0), step(C::CmdRestart, C::InProgress, 0),
-                           step(C::CmdSaveToFlash, C::Queued, 0),
-                           step(C::CmdGetImitatorMode, C::Queued, 0)}));
+             (QList<Step>{step(C::CmdRestart, C::Queued, 0), step(C::CmdRestart, C::InProgress, 0),
+                          step(C::CmdSaveToFlash, C::Queued, 0),
+                          step(C::CmdGetImitatorMode, C::Queued, 0)}));
     QCOMPARE(c->lastRadarCommand(), int(C::CmdRestart));
     QVERIFY(waitForCommands(1));
 
     QElapsedTimer clock;
     clock.start();
     QVERIFY(answer(0));
-    QCOMPARE(takeSteps(), (QList<Step> {step(C::CmdRestart, C::Received, 0)}));
+    QCOMPARE(takeSteps(), (QList<Step>{step(C::CmdRestart, C::Received, 0)}));
     QCOMPARE(c->lastRadarCommand(), int(C::CmdSaveToFlash));
     QCOMPARE(m_h->server().binaryMessages.size(), 1); // the next waits its 100 ms
     QVERIFY(waitForCommands(2));
     QVERIFY2(clock.elapsed() >= 95, qPrintable(QString::number(clock.elapsed())));
-    QCOMPARE(takeSteps(), (QList<Step> {step(C::CmdSaveToFlash, C::InProgress, 0)}));
+    QCOMPARE(takeSteps(), (QList<Step>{step(C::CmdSaveToFlash, C::InProgress, 0)}));
 
     QVERIFY(answer(0));
     QVERIFY(waitForCommands(3));
@@ -132,8 +132,8 @@ void tst_CommandQueue::acknowledgementCodes()
 
     QVERIFY(m_h->connect());
     m_h->client()->sendCmdSelfDiagnostics();
-    QList<Step> expected {step(C::CmdSelfDiagnostics, C::Queued, 0),
-                          step(C::CmdSelfDiagnostics, C::InProgress, 0)};
+    QList<Step> expected{step(C::CmdSelfDiagnostics, C::Queued, 0),
+                         step(C::CmdSelfDiagnostics, C::InProgress, 0)};
     for (int i = 1; i <= sends; ++i) {
         QVERIFY(waitForCommands(i));
         QVERIFY(answer(quint8(code)));
@@ -194,13 +194,12 @@ void tst_CommandQueue::notConnectedGivesUpAfterFiveTries()
     QTRY_COMPARE(m_h->client()->lastRadarCommand(), 0);
     // Each gives up on its fifth failed attempt, 100 ms apart.
     QVERIFY2(clock.elapsed() >= 880, qPrintable(QString::number(clock.elapsed())));
-    const QList<Step> expected {
-        step(imitator, C::Queued, 0),      step(imitator, C::InProgress, -3),
-        step(restart, C::Queued, 0),       step(imitator, C::InProgress, -3),
-        step(imitator, C::InProgress, -3), step(imitator, C::InProgress, -3),
-        step(imitator, C::Error, -3),      step(restart, C::InProgress, -3),
-        step(restart, C::InProgress, -3),  step(restart, C::InProgress, -3),
-        step(restart, C::InProgress, -3),  step(restart, C::Error, -3)};
+    const QList<Step> expected{step(imitator, C::Queued, 0),      step(imitator, C::InProgress, -3),
+                               step(restart, C::Queued, 0),       step(imitator, C::InProgress, -3),
+                               step(imitator, C::InProgress, -3), step(imitator, C::InProgress, -3),
+                               step(imitator, C::Error, -3),      step(restart, C::InProgress, -3),
+                               step(restart, C::InProgress, -3),  step(restart, C::InProgress, -3),
+                               step(restart, C::InProgress, -3),  step(restart, C::Error, -3)};
     QCOMPARE(takeSteps(), expected);
 }
 
@@ -220,19 +219,19 @@ void tst_CommandQueue::positionCommandsReportTheirValues()
 {
     QVERIFY(m_h->connect());
     m_h->client()->sendCmdSetPosition(5, -1.5, 0, -90, 0, 0);
-    QCOMPARE(takeSteps(), (QList<Step> {step(12, C::Queued, 0), step(14, C::Queued, 0),
-                                        step(12, C::InProgress, 0), step(14, C::InProgress, 0),
-                                        step(10, C::Queued, 0), step(16, C::Queued, 0),
-                                        step(18, C::Queued, 0), step(20, C::Queued, 0)}));
+    QCOMPARE(takeSteps(), (QList<Step>{step(12, C::Queued, 0), step(14, C::Queued, 0),
+                                       step(12, C::InProgress, 0), step(14, C::InProgress, 0),
+                                       step(10, C::Queued, 0), step(16, C::Queued, 0),
+                                       step(18, C::Queued, 0), step(20, C::Queued, 0)}));
     QCOMPARE(m_h->client()->lastRadarCommand(), int(C::CmdSetPosition0));
     QVERIFY(waitForCommands(1));
     QVERIFY(answer(0));
-    QCOMPARE(takeSteps(), (QList<Step> {step(12, C::Received, 0), step(14, C::Received, 0)}));
+    QCOMPARE(takeSteps(), (QList<Step>{step(12, C::Received, 0), step(14, C::Received, 0)}));
     QVERIFY(waitForCommands(2));
     QVERIFY(answer(3));
-    QCOMPARE(takeSteps(), (QList<Step> {step(10, C::InProgress, 0), step(16, C::InProgress, 0),
-                                        step(18, C::InProgress, 0), step(10, C::InProgress, 3),
-                                        step(16, C::InProgress, 3), step(18, C::InProgress, 3)}));
+    QCOMPARE(takeSteps(), (QList<Step>{step(10, C::InProgress, 0), step(16, C::InProgress, 0),
+                                       step(18, C::InProgress, 0), step(10, C::InProgress, 3),
+                                       step(16, C::InProgress, 3), step(18, C::InProgress, 3)}));
     QVERIFY(waitForCommands(3));
     QVERIFY(answer(0));
     QVERIFY(waitForCommands(4));
@@ -243,9 +242,9 @@ void tst_CommandQueue::positionCommandsReportTheirValues()
     QVERIFY(waitForCommands(5));
     QVERIFY(answer(0));
     const QList<Step> steps = takeSteps();
-    QCOMPARE(steps.mid(12), (QList<Step> {step(13, C::Received, 0), step(15, C::Received, 0),
-                                          step(11, C::Received, 0), step(17, C::Received, 0),
-                                          step(19, C::Received, 0), step(21, C::Received, 0)}));
+    QCOMPARE(steps.mid(12), (QList<Step>{step(13, C::Received, 0), step(15, C::Received, 0),
+                                         step(11, C::Received, 0), step(17, C::Received, 0),
+                                         step(19, C::Received, 0), step(21, C::Received, 0)}));
 }
 
 void tst_CommandQueue::offlineDropsTheQueue()
@@ -266,9 +265,9 @@ void tst_CommandQueue::offlineDropsTheQueue()
     m_h->server().sendBinary(QByteArray());
     while (finished.count() < 3)
         QVERIFY(finished.wait(2000));
-    QCOMPARE(takeSteps(), (QList<Step> {step(C::CmdGetHardwareInfo, C::Received, 0),
-                                        step(C::CmdGetFirmwareInfo, C::None, 255),
-                                        step(C::CmdRestart, C::None, 255)}));
+    QCOMPARE(takeSteps(), (QList<Step>{step(C::CmdGetHardwareInfo, C::Received, 0),
+                                       step(C::CmdGetFirmwareInfo, C::None, 255),
+                                       step(C::CmdRestart, C::None, 255)}));
     QCOMPARE(m_h->client()->lastRadarCommand(), 0);
 
     // The send tick started by that acknowledgement must not send a new head twice.

@@ -174,7 +174,7 @@ void tst_Robustness::everyTruncation()
 void tst_Robustness::hostileJson()
 {
     QSignalSpy results(m_h->client(), &IOrvexClient::serverCommandResult);
-    QStringList texts {
+    QStringList texts{
         QString(),
         QStringLiteral("{"),
         QStringLiteral("null"),

@@ -138,7 +138,7 @@ void tst_SerialDecoding::acceptance()
     QSignalSpy uptimes(h.client(), &IOrvexClient::uptimeInfo);
     QVERIFY(h.deliver(frame));
     QCOMPARE(stats.count(), 1);
-    QCOMPARE(stats.first(), (QVariantList {quint64(1), quint64(accepted ? 1 : 0)}));
+    QCOMPARE(stats.first(), (QVariantList{quint64(1), quint64(accepted ? 1 : 0)}));
     QCOMPARE(uptimes.count(), uptime ? 1 : 0);
 
     // Three such messages publish the state they yield.
@@ -151,11 +151,11 @@ void tst_SerialDecoding::uptime_data()
 {
     QTest::addColumn<quint32>("ms");
     QTest::addColumn<QVariantList>("expected");
-    QTest::newRow("zero") << quint32(0) << QVariantList {0, 0, 0, 0, 0};
-    QTest::newRow("one of each") << quint32(90061001) << QVariantList {1, 1, 1, 1, 1};
+    QTest::newRow("zero") << quint32(0) << QVariantList{0, 0, 0, 0, 0};
+    QTest::newRow("one of each") << quint32(90061001) << QVariantList{1, 1, 1, 1, 1};
     QTest::newRow("largest 32-bit value")
-        << quint32(0xFFFFFFFF) << QVariantList {49, 17, 2, 47, 295};
-    QTest::newRow("just below a day") << quint32(86399999) << QVariantList {0, 23, 59, 59, 999};
+        << quint32(0xFFFFFFFF) << QVariantList{49, 17, 2, 47, 295};
+    QTest::newRow("just below a day") << quint32(86399999) << QVariantList{0, 23, 59, 59, 999};
 }
 
 void tst_SerialDecoding::uptime()
@@ -219,7 +219,7 @@ void tst_SerialDecoding::emissionOrderOfOneMessage()
     message += R::frame(0x500, 0x36);
     QVERIFY(h.deliver(message));
 
-    const QStringList expected {
+    const QStringList expected{
         "frameStarted", "frameDateTimeUtc", "command 9 3",   "uptimeInfo",
         "cycle 77",     "object 2",         "object 7",      "frameStats",
         "can 3ff",      "can 500",          "can 600",       "can 601",
@@ -230,7 +230,7 @@ void tst_SerialDecoding::emissionOrderOfOneMessage()
     log.clear();
     QVERIFY(h.deliver(R::header(T0) + R::frame(0x601, R::counter(78))));
     QVERIFY(h.deliver(R::header(T0) + R::frame(0x601, R::counter(79))));
-    QCOMPARE(log.mid(log.size() - 2), (QStringList {"frameFinished", "state 2"}));
+    QCOMPARE(log.mid(log.size() - 2), (QStringList{"frameFinished", "state 2"}));
 }
 
 QVariantList tst_SerialDecoding::objectArgs(const QList<QVariant>& signal)
@@ -254,22 +254,22 @@ void tst_SerialDecoding::staleObjects()
     const QDateTime t500 = T0.addMSecs(500);
 
     QVERIFY(h.deliver(h.objectMessage(T0, {R::roadObjectAt(1, 10, 0), R::roadObjectAt(2, 20, 0)})));
-    QCOMPARE(idsAndTimes(), (QList<QVariantList> {{1, T0}, {2, T0}}));
+    QCOMPARE(idsAndTimes(), (QList<QVariantList>{{1, T0}, {2, T0}}));
 
     // Exactly 500 ms later object 1 is still broadcast, with its old time.
     QVERIFY(h.deliver(h.objectMessage(t500, {R::roadObjectAt(2, 21, 0)})));
-    QCOMPARE(idsAndTimes(), (QList<QVariantList> {{1, T0}, {2, t500}}));
+    QCOMPARE(idsAndTimes(), (QList<QVariantList>{{1, T0}, {2, t500}}));
 
     // 501 ms after its last report it is gone.
     QVERIFY(h.deliver(h.objectMessage(T0.addMSecs(501), {})));
-    QCOMPARE(idsAndTimes(), (QList<QVariantList> {{2, t500}}));
+    QCOMPARE(idsAndTimes(), (QList<QVariantList>{{2, t500}}));
 
     // A message stamped earlier than an object's report keeps the object.
     QVERIFY(h.deliver(h.objectMessage(T0, {})));
-    QCOMPARE(idsAndTimes(), (QList<QVariantList> {{2, t500}}));
+    QCOMPARE(idsAndTimes(), (QList<QVariantList>{{2, t500}}));
 
     QVERIFY(h.deliver(h.objectMessage(t500.addMSecs(501), {})));
-    QCOMPARE(idsAndTimes(), QList<QVariantList> {});
+    QCOMPARE(idsAndTimes(), QList<QVariantList>{});
 }
 
 void tst_SerialDecoding::sameIdTwiceInOneMessage()
@@ -348,7 +348,7 @@ void tst_SerialDecoding::badFrameStopsTheMessage()
     QSignalSpy stats(h.client(), &IOrvexClient::frameStats);
     QVERIFY(h.deliver(h.syncFrame() + h.syncFrame().left(7)));
     // Five messages so far; only the one with the bad frame was invalid.
-    QCOMPARE(stats.last(), (QVariantList {quint64(5), quint64(4)}));
+    QCOMPARE(stats.last(), (QVariantList{quint64(5), quint64(4)}));
 }
 
 void tst_SerialDecoding::canStatistics()
@@ -367,9 +367,9 @@ void tst_SerialDecoding::canStatistics()
     const QDateTime t2 = T0.addMSecs(200);
     QVERIFY(h.deliver(R::header(t2) + h.syncFrame() + h.cycleFrame(2)));
     QCOMPARE(canInfo.count(), 2);
-    QCOMPARE(canInfo.at(0), (QVariantList {quint16(0x3ff), quint64(3), R::frame(0x3ff, 0), t2}));
+    QCOMPARE(canInfo.at(0), (QVariantList{quint16(0x3ff), quint64(3), R::frame(0x3ff, 0), t2}));
     QCOMPARE(canInfo.at(1),
-             (QVariantList {quint16(0x601), quint64(2), R::frame(0x601, R::counter(2)), t2}));
+             (QVariantList{quint16(0x601), quint64(2), R::frame(0x601, R::counter(2)), t2}));
 
     // After a reset only what came since is listed.
     c->resetStatistics();
@@ -379,7 +379,7 @@ void tst_SerialDecoding::canStatistics()
     QCOMPARE(canInfo.count(), 1);
     QCOMPARE(canInfo.first().at(0).toUInt(), 0x601u);
     QCOMPARE(canInfo.first().at(1).toULongLong(), quint64(1));
-    QCOMPARE(stats.first(), (QVariantList {quint64(1), quint64(1)}));
+    QCOMPARE(stats.first(), (QVariantList{quint64(1), quint64(1)}));
 }
 
 QTEST_GUILESS_MAIN(tst_SerialDecoding)

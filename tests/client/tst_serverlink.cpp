@@ -200,34 +200,33 @@ void tst_ServerLink::serverJson_data()
     const QString wrong = QStringLiteral("Wrong response message received from Orvex server.");
     QTest::newRow("state report with failure and nothing else")
         << "{\"command\": 1, \"result\": 5}" << 1 << false << 5 << QString()
-        << QVariantList {-1, QString(), QString()} << QVariantList {};
+        << QVariantList{-1, QString(), QString()} << QVariantList{};
     QTest::newRow("full state report")
         << "{\"command\":1,\"result\":0,\"server_state\":5,\"rsp_server_url\":\"ws://h:1/\","
            "\"port_name\":\"/dev/ttyUSB0\",\"comment\":\"ok\"}"
-        << 1 << true << 0 << "ok" << QVariantList {5, QString("ws://h:1/"), QString("/dev/ttyUSB0")}
-        << QVariantList {};
-    QTest::newRow("protocol in use")
-        << "{\"command\":2,\"result\":0,\"radar_protocol\":1}" << 2 << true << 0 << QString()
-        << QVariantList {} << QVariantList {1};
+        << 1 << true << 0 << "ok" << QVariantList{5, QString("ws://h:1/"), QString("/dev/ttyUSB0")}
+        << QVariantList{};
+    QTest::newRow("protocol in use") << "{\"command\":2,\"result\":0,\"radar_protocol\":1}" << 2
+                                     << true << 0 << QString() << QVariantList{} << QVariantList{1};
     QTest::newRow("protocol refused still reports")
-        << "{\"command\":2,\"result\":3}" << 2 << false << 3 << QString() << QVariantList {}
-        << QVariantList {-1};
+        << "{\"command\":2,\"result\":3}" << 2 << false << 3 << QString() << QVariantList{}
+        << QVariantList{-1};
     QTest::newRow("unknown command") << "{\"command\":9,\"result\":0}" << 9 << true << 0
-                                     << QString() << QVariantList {} << QVariantList {};
+                                     << QString() << QVariantList{} << QVariantList{};
     QTest::newRow("values of the wrong types read as defaults")
         << "{\"command\":\"one\",\"result\":[1],\"comment\":7}" << -1 << true << 0 << QString()
-        << QVariantList {} << QVariantList {};
+        << QVariantList{} << QVariantList{};
     QTest::newRow("fractional command is not 1")
-        << "{\"command\":1.5,\"result\":0}" << -1 << true << 0 << QString() << QVariantList {}
-        << QVariantList {};
+        << "{\"command\":1.5,\"result\":0}" << -1 << true << 0 << QString() << QVariantList{}
+        << QVariantList{};
     QTest::newRow("missing result")
-        << "{\"command\":1}" << -1 << false << -11 << wrong << QVariantList {} << QVariantList {};
-    QTest::newRow("not JSON") << "radar says hello" << -1 << false << -11 << wrong
-                              << QVariantList {} << QVariantList {};
-    QTest::newRow("JSON array") << "[1, 2]" << -1 << false << -11 << wrong << QVariantList {}
-                                << QVariantList {};
-    QTest::newRow("empty text") << "" << -1 << false << -11 << wrong << QVariantList {}
-                                << QVariantList {};
+        << "{\"command\":1}" << -1 << false << -11 << wrong << QVariantList{} << QVariantList{};
+    QTest::newRow("not JSON") << "radar says hello" << -1 << false << -11 << wrong << QVariantList{}
+                              << QVariantList{};
+    QTest::newRow("JSON array") << "[1, 2]" << -1 << false << -11 << wrong << QVariantList{}
+                                << QVariantList{};
+    QTest::newRow("empty text") << "" << -1 << false << -11 << wrong << QVariantList{}
+                                << QVariantList{};
 }
 
 void tst_ServerLink::serverJson()
@@ -248,7 +247,7 @@ void tst_ServerLink::serverJson()
     m_h->server().sendText(text);
     QVERIFY(results.wait());
     QCOMPARE(results.count(), 1);
-    QCOMPARE(results.first(), (QVariantList {command, success, result, comment}));
+    QCOMPARE(results.first(), (QVariantList{command, success, result, comment}));
     QCOMPARE(states.count(), serverState.isEmpty() ? 0 : 1);
     if (!serverState.isEmpty())
         QCOMPARE(states.first(), serverState);
@@ -270,16 +269,16 @@ void tst_ServerLink::protocolForcingAndUnconnectedSends()
     QVERIFY(texts.wait());
     const QJsonObject obj
         = QJsonDocument::fromJson(texts.first().at(0).toString().toUtf8()).object();
-    QCOMPARE(obj, (QJsonObject {{"command", 2}, {"radar_protocol", 1}}));
+    QCOMPARE(obj, (QJsonObject{{"command", 2}, {"radar_protocol", 1}}));
     QVERIFY(!texts.first().at(0).toString().contains(QLatin1Char('\n'))); // compact
     QCOMPARE(m_h->server().textMessages.size(), 1);
     QVERIFY(m_h->server().binaryMessages.isEmpty());
 
     // A caller's own "command" key is replaced, everything else passes unchanged.
-    client()->sendJsonToServer(QJsonObject {{"x", true}});
+    client()->sendJsonToServer(QJsonObject{{"x", true}});
     QVERIFY(texts.wait());
     QCOMPARE(QJsonDocument::fromJson(texts.last().at(0).toString().toUtf8()).object(),
-             (QJsonObject {{"x", true}}));
+             (QJsonObject{{"x", true}}));
 }
 
 void tst_ServerLink::timeStampHeader_data()
@@ -415,7 +414,7 @@ void tst_ServerLink::confirmedOfflineAndSilence()
     QVERIFY(clock.elapsed() >= 1900);
     QCOMPARE(states.last().at(0).toInt(), int(IOrvexClient::Offline));
     QCOMPARE(commandStates.last(),
-             (QVariantList {int(IOrvexClient::CmdRestart), int(IOrvexClient::None), 255}));
+             (QVariantList{int(IOrvexClient::CmdRestart), int(IOrvexClient::None), 255}));
     QCOMPARE(client()->lastRadarCommand(), 0);
 }
 

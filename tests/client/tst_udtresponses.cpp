@@ -1,4 +1,5 @@
 #include "clientharness.h"
+#include "clientsignallog.h"
 #include "testrecords.h"
 
 #include <QtTest>
@@ -34,61 +35,19 @@ private:
     QByteArray text(quint16 firstKey, const QByteArray& chars) const;
 
     std::unique_ptr<ClientHarness> m_h;
-    QStringList m_log;
+    std::unique_ptr<ClientSignalLog> m_log;
 };
 
 void tst_UdtResponses::init()
 {
     m_h = std::make_unique<ClientHarness>(0);
     QVERIFY(m_h->connect());
-    m_log.clear();
-    IOrvexClient* c = m_h->client();
-    auto log = [this](const QString& line) { m_log.append(line); };
-    auto num = [](double v) { return QString::number(v, 'g', 10); };
-    connect(c, &IOrvexClient::selfDiagnosticsResult, this,
-            [=](quint16 v) { log(QString("selfDiagnostics %1").arg(v)); });
-    connect(c, &IOrvexClient::imitatorModeChanged, this,
-            [=](quint8 v) { log(QString("imitatorMode %1").arg(v)); });
-    connect(c, &IOrvexClient::fakeTargetsModeChanged, this,
-            [=](bool v) { log(QString("fakeTargets %1").arg(v)); });
-    connect(c, &IOrvexClient::frequencyIndex, this,
-            [=](int v) { log(QString("frequencyIndex %1").arg(v)); });
-    connect(c, &IOrvexClient::radarSensitivity, this,
-            [=](int v) { log(QString("sensitivity %1").arg(v)); });
-    connect(c, &IOrvexClient::polygonUsage, this,
-            [=](quint8 v) { log(QString("polygonUsage %1").arg(v)); });
-    connect(c, &IOrvexClient::polygonTreatParam, this, [=](quint8 p, quint8 k, quint8 v) {
-        log(QString("treat %1 %2 %3").arg(p).arg(k).arg(v));
-    });
-    connect(c, &IOrvexClient::polygonSpeedParam, this, [=](quint8 p, quint8 k, double v) {
-        log(QString("speed %1 %2 %3").arg(p).arg(k).arg(num(v)));
-    });
-    connect(c, &IOrvexClient::polygonPointParam, this, [=](quint8 p, quint8 k, double v) {
-        log(QString("point %1 %2 %3").arg(p).arg(k).arg(num(v)));
-    });
-    connect(c, &IOrvexClient::calibrationCommand, this,
-            [=](int v) { log(QString("calibrationCommand %1").arg(v)); });
-    connect(c, &IOrvexClient::calibrationState, this,
-            [=](int v) { log(QString("calibrationState %1").arg(v)); });
-    connect(c, &IOrvexClient::calibrationLastParam, this,
-            [=](quint8 k, int v) { log(QString("calibrationLast %1 %2").arg(k).arg(v)); });
-    connect(c, &IOrvexClient::calibrationCurrParam, this,
-            [=](quint8 k, int v) { log(QString("calibrationCurr %1 %2").arg(k).arg(v)); });
-    connect(c, &IOrvexClient::debugVariableValue, this,
-            [=](quint8 k, int v) { log(QString("debug %1 %2").arg(k).arg(v)); });
-    connect(c, &IOrvexClient::radarPosition, this,
-            [=](double h, double x, double y, double az, double alt, double roll) {
-                log(QString("position %1 %2 %3 %4 %5 %6")
-                        .arg(num(h), num(x), num(y), num(az), num(alt), num(roll)));
-            });
-    connect(c, &IOrvexClient::hardwareInfo, this,
-            [=](const QString& s) { log(QString("hardware [%1]").arg(s)); });
-    connect(c, &IOrvexClient::firmwareInfo, this,
-            [=](const QString& s) { log(QString("firmware [%1]").arg(s)); });
+    m_log = std::make_unique<ClientSignalLog>(m_h->client());
 }
 
 void tst_UdtResponses::cleanup()
 {
+    m_log.reset();
     m_h.reset();
 }
 
@@ -182,7 +141,7 @@ void tst_UdtResponses::readParamRouting()
     QFETCH(QString, expected);
 
     QVERIFY(m_h->deliver(readParam(group, paramNo, access, status, value)));
-    QCOMPARE(m_log, expected.isEmpty() ? QStringList() : QStringList {expected});
+    QCOMPARE(m_log->lines, expected.isEmpty() ? QStringList() : QStringList{expected});
 }
 
 void tst_UdtResponses::radarSetup_data()
@@ -221,7 +180,7 @@ void tst_UdtResponses::radarSetup()
     QFETCH(QString, expected);
 
     QVERIFY(m_h->deliver(setup(setup0, setup1, setup2)));
-    QCOMPARE(m_log, QStringList {expected});
+    QCOMPARE(m_log->lines, QStringList{expected});
 }
 
 void tst_UdtResponses::deviceInfo_data()
@@ -245,7 +204,7 @@ void tst_UdtResponses::deviceInfo()
     QFETCH(QByteArray, chars);
     QFETCH(QString, expected);
     QVERIFY(m_h->deliver(text(quint16(firstKey), chars)));
-    QCOMPARE(m_log, QStringList {expected});
+    QCOMPARE(m_log->lines, QStringList{expected});
 }
 
 void tst_UdtResponses::responsesSplitOverMessagesAreLost()
@@ -258,11 +217,11 @@ void tst_UdtResponses::responsesSplitOverMessagesAreLost()
     const QByteArray hw = text(0x6A, "split");
     QVERIFY(m_h->deliver(hw.left(33)));
     QVERIFY(m_h->deliver(hw.mid(33)));
-    QCOMPARE(m_log, QStringList());
+    QCOMPARE(m_log->lines, QStringList());
 
     // Each message starts with an empty cache: the same keys again are welcome.
     QVERIFY(m_h->deliver(read));
-    QCOMPARE(m_log, QStringList {"frequencyIndex 5"});
+    QCOMPARE(m_log->lines, QStringList{"frequencyIndex 5"});
 }
 
 void tst_UdtResponses::severalResponsesInOneMessage()
@@ -273,8 +232,8 @@ void tst_UdtResponses::severalResponsesInOneMessage()
     message += text(0x6A, "HW1") + m_h->cycleFrame(7);
     message += udt(0xA0, quint64(500) << 16) + udt(0x90) + udt(0x80);
     QVERIFY(m_h->deliver(message));
-    QCOMPARE(m_log, (QStringList {"position 5 0 0 0 0 0", "sensitivity 3", "hardware [HW1]",
-                                  "firmware [FW1]"}));
+    QCOMPARE(m_log->lines, (QStringList{"position 5 0 0 0 0 0", "sensitivity 3", "hardware [HW1]",
+                                        "firmware [FW1]"}));
 }
 
 void tst_UdtResponses::duplicateKeySpoilsTheMessage()
@@ -284,8 +243,8 @@ void tst_UdtResponses::duplicateKeySpoilsTheMessage()
     // The second 0x80 is not accepted: the message is bad and the frames after it are
     // dropped, but the complete response cached before it is still decoded.
     QVERIFY(m_h->deliver(setup(0, 0, quint64(100) << 16) + udt(0x80) + readParam(65, 36, 2, 1, 5)));
-    QCOMPARE(m_log, QStringList {"position 1 0 0 0 0 0"});
-    QCOMPARE(stats.last(), (QVariantList {quint64(1), quint64(0)}));
+    QCOMPARE(m_log->lines, QStringList{"position 1 0 0 0 0 0"});
+    QCOMPARE(stats.last(), (QVariantList{quint64(1), quint64(0)}));
 }
 
 QTEST_GUILESS_MAIN(tst_UdtResponses)

@@ -103,8 +103,8 @@ static bool near(const QPointF& a, const QPointF& b, double eps = 1e-6)
 void tst_RoadBuilder::signalBurstOrder()
 {
     const Result r = build(QJsonObject());
-    QCOMPARE(r.order, (QStringList {"started", "axis", "laneBorders", "roadBorders", "laneCentres",
-                                    "distance", "angles", "finished"}));
+    QCOMPARE(r.order, (QStringList{"started", "axis", "laneBorders", "roadBorders", "laneCentres",
+                                   "distance", "angles", "finished"}));
 }
 
 void tst_RoadBuilder::emptyRoad()
@@ -116,7 +116,7 @@ void tst_RoadBuilder::emptyRoad()
     QVERIFY(r.laneBorders.isEmpty());
     QVERIFY(r.roadBorders.isEmpty());
     QVERIFY(r.laneCentres.isEmpty());
-    QCOMPARE(r.distance.keys(), (QList<int> {-2, -1, 0, 1, 2}));
+    QCOMPARE(r.distance.keys(), (QList<int>{-2, -1, 0, 1, 2}));
     for (const QPolygonF& line : r.distance)
         QVERIFY(line.isEmpty());
     QVERIFY(r.angles.isEmpty());
@@ -138,7 +138,7 @@ void tst_RoadBuilder::straightRoad()
     QCOMPARE(r.roadBorders.size(), 2);
     for (const QPolygonF& line : r.roadBorders)
         QCOMPARE(line.size(), 101);
-    QCOMPARE(r.laneCentres.keys(), (QList<int> {-1, 1}));
+    QCOMPARE(r.laneCentres.keys(), (QList<int>{-1, 1}));
     QCOMPARE(r.laneCentres.value(1).size(), 101);
     QCOMPARE_POINT(r.laneCentres.value(1).at(30), QPointF(30, 1.75));
     QCOMPARE_POINT(r.laneCentres.value(-1).at(30), QPointF(30, -1.75));
@@ -195,9 +195,9 @@ void tst_RoadBuilder::refusedCurvesLeaveNoTrace()
     QFETCH(QString, curve);
     QFETCH(bool, refused);
     QJsonObject config = road(R"({"parts": {"-1": {"width": 3, "is_lane": true}}})");
-    QJsonArray sections {QJsonObject {{"length", 10}},
-                         QJsonDocument::fromJson(curve.toUtf8()).object(),
-                         QJsonObject {{"length", 10}}};
+    QJsonArray sections{QJsonObject{{"length", 10}},
+                        QJsonDocument::fromJson(curve.toUtf8()).object(),
+                        QJsonObject{{"length", 10}}};
     config.insert("sections", sections);
     const Result r = build(config);
     if (refused) {
@@ -226,7 +226,7 @@ void tst_RoadBuilder::quarterCurves()
     QFETCH(double, endAngle);
     QJsonObject config = road(R"({"parts": {"1": {"width": 4, "is_lane": true}}})");
     config.insert("sections",
-                  QJsonArray {QJsonObject {
+                  QJsonArray{QJsonObject{
                       {"is_curved", true}, {"length", 100 * M_PI / 2}, {"radius", radius}}});
     const Result r = build(config);
 
@@ -276,18 +276,18 @@ void tst_RoadBuilder::partNumbering_data()
     QTest::newRow("gap on one side is closed up")
         << R"({"1": {"width": 1}, "2": {"width": 1}, "3": {"width": 1},
                "-1": {"width": 2}, "-3": {"width": 2}})"
-        << QList<int> {-3, -1, 0, 1, 2, 3} << -4.0 << 3.0;
+        << QList<int>{-3, -1, 0, 1, 2, 3} << -4.0 << 3.0;
     QTest::newRow("gap on both sides ends the cross-section")
-        << R"({"1": {"width": 1}, "-1": {"width": 1}, "3": {"width": 5}})" << QList<int> {-1, 0, 1}
+        << R"({"1": {"width": 1}, "-1": {"width": 1}, "3": {"width": 5}})" << QList<int>{-1, 0, 1}
         << -1.0 << 1.0;
     QTest::newRow("median width splits evenly")
-        << R"({"0": {"width": 2, "is_lane": true}, "1": {"width": 3}})" << QList<int> {0, 1} << 0.0
+        << R"({"0": {"width": 2, "is_lane": true}, "1": {"width": 3}})" << QList<int>{0, 1} << 0.0
         << 4.0;
     QTest::newRow("empty part objects count as missing")
-        << R"({"1": {}, "-1": {"width": 2}, "2": {"width": 1}})" << QList<int> {-1, 0, 2} << -2.0
+        << R"({"1": {}, "-1": {"width": 2}, "2": {"width": 1}})" << QList<int>{-1, 0, 2} << -2.0
         << 1.0;
     QTest::newRow("wrong types read as defaults")
-        << R"({"1": {"width": "wide", "is_lane": 1}, "-1": {"width": 2}})" << QList<int> {-1, 0, 1}
+        << R"({"1": {"width": "wide", "is_lane": 1}, "-1": {"width": 2}})" << QList<int>{-1, 0, 1}
         << -2.0 << 0.0;
 }
 
@@ -300,7 +300,7 @@ void tst_RoadBuilder::partNumbering()
 
     QJsonObject config;
     config.insert("parts", QJsonDocument::fromJson(parts.toUtf8()).object());
-    config.insert("sections", QJsonArray {QJsonObject {{"length", 10}}});
+    config.insert("sections", QJsonArray{QJsonObject{{"length", 10}}});
     RoadBuilder builder;
     QSignalSpy started(&builder, &RoadBuilder::applyingRoadStarted);
     builder.setRoadConfig(config);
@@ -322,7 +322,7 @@ void tst_RoadBuilder::borderClassificationAndRectangle()
     QCOMPARE(r.roadBorders.at(1).first().y(), 8.0);
     QCOMPARE(r.laneBorders.size(), 1);
     QCOMPARE(r.laneBorders.at(0).first().y(), 4.5);
-    QCOMPARE(r.laneCentres.keys(), (QList<int> {1, 2}));
+    QCOMPARE(r.laneCentres.keys(), (QList<int>{1, 2}));
     QCOMPARE(r.laneCentres.value(1).first().y(), 2.75);
     QCOMPARE(r.laneCentres.value(2).first().y(), 6.25);
     QCOMPARE(r.rect, QRectF(0, 0, 20, 10));

@@ -1,0 +1,127 @@
+#include "simoptions.h"
+#include "simroad.h"
+#include "simulatedtraffic.h"
+
+#include <QSet>
+#include <QtTest>
+
+// The simulator's own parts: its command line and the traffic it makes up.
+class tst_SimulatedRadar : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void options_data();
+    void options();
+    void sameSeedSameTraffic();
+    void idsAreUniqueAndReused();
+    void roadWithoutLanesHasNoTraffic();
+};
+
+void tst_SimulatedRadar::options_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<bool>("ok");
+    QTest::addColumn<QString>("check"); // field=value after parsing
+
+    QTest::newRow("defaults") << QStringList{} << true << "port=7578";
+    QTest::newRow("hex self-test word")
+        << QStringList{"--selftest", "0x2A"} << true << "selftest=42";
+    QTest::newRow("port 0 picks a free one") << QStringList{"--port", "0"} << true << "port=0";
+    QTest::newRow("variant 2 does not exist") << QStringList{"--variant", "2"} << false << "";
+    QTest::newRow("error code 255 is busy, not an error")
+        << QStringList{"--error-ack", "255"} << false << "";
+    QTest::newRow("error code 0 is success") << QStringList{"--error-ack", "0"} << false << "";
+    QTest::newRow("rate of zero") << QStringList{"--rate", "0"} << false << "";
+    QTest::newRow("negative silence") << QStringList{"--silence-after", "-1"} << false << "";
+    QTest::newRow("more vehicles than ids") << QStringList{"--vehicles", "61"} << false << "";
+    QTest::newRow("port out of range") << QStringList{"--port", "70000"} << false << "";
+    QTest::newRow("unknown option") << QStringList{"--fast"} << false << "";
+    QTest::newRow("stray argument") << QStringList{"extra"} << false << "";
+    QTest::newRow("header off") << QStringList{"--no-header"} << true << "header=0";
+    QTest::newRow("seed given") << QStringList{"--seed", "4000000000"} << true << "seed=4000000000";
+}
+
+void tst_SimulatedRadar::options()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(bool, ok);
+    QFETCH(QString, check);
+
+    SimOptions options;
+    QString error;
+    bool exitNow = true;
+    QCOMPARE(SimOptions::parse(QStringList{"orvex-radar-sim"} + arguments, options, error, exitNow),
+             ok);
+    QCOMPARE(error.isEmpty(), ok);
+    QVERIFY(!exitNow);
+    if (!ok)
+        return;
+    const QMap<QString, QString> fields{{"port", QString::number(options.port)},
+                                        {"selftest", QString::number(options.selfTestWord)},
+                                        {"header", QString::number(options.timeStampHeader)},
+                                        {"seed", QString::number(options.seed)}};
+    QCOMPARE(fields.value(check.section('=', 0, 0)), check.section('=', 1));
+}
+
+static QString snapshot(SimulatedTraffic& traffic, int steps)
+{
+    QString text;
+    for (int i = 0; i < steps; ++i) {
+        traffic.step(0.1);
+        for (const SimulatedTraffic::Object& o : traffic.reportedObjects())
+            text
+                += QString("%1:%2,%3 ").arg(o.id).arg(o.xRange, 0, 'f', 3).arg(o.yRange, 0, 'f', 3);
+        text += '\n';
+    }
+    return text;
+}
+
+void tst_SimulatedRadar::sameSeedSameTraffic()
+{
+    const QMap<int, QPolygonF> lanes = SimRoad::laneCentres(SimRoad::defaultConfig());
+    QCOMPARE(lanes.keys(), (QList<int>{-2, -1, 1, 2}));
+    SimulatedTraffic a(lanes, 8, 5);
+    SimulatedTraffic b(lanes, 8, 5);
+    SimulatedTraffic c(lanes, 8, 6);
+    const QString first = snapshot(a, 50);
+    QCOMPARE(snapshot(b, 50), first);
+    QVERIFY(snapshot(c, 50) != first);
+    QVERIFY(first.count(':') > 50 * 4);
+}
+
+void tst_SimulatedRadar::idsAreUniqueAndReused()
+{
+    const QMap<int, QPolygonF> lanes = SimRoad::laneCentres(SimRoad::defaultConfig());
+    SimulatedTraffic traffic(lanes, 10, 3);
+    QHash<int, double> lengthOfId;
+    int reused = 0;
+    // Ten simulated minutes: every vehicle crosses the 300 m road many times.
+    for (int i = 0; i < 6000; ++i) {
+        traffic.step(0.1);
+        QSet<int> ids;
+        for (const SimulatedTraffic::Object& o : traffic.reportedObjects()) {
+            QVERIFY2(!ids.contains(o.id), "two vehicles with one id in one cycle");
+            ids.insert(o.id);
+            QVERIFY(o.id <= SimulatedTraffic::MaxTrafficId);
+            QVERIFY(o.xRange >= 0 && o.xRange <= SimulatedTraffic::RadarRange);
+            if (lengthOfId.contains(o.id) && lengthOfId.value(o.id) != o.length)
+                ++reused;
+            lengthOfId.insert(o.id, o.length);
+        }
+    }
+    QCOMPARE(lengthOfId.size(), SimulatedTraffic::MaxTrafficId + 1); // all ids came round
+    QVERIFY(reused > 50);
+    QCOMPARE(traffic.vehicleCount(), 10);
+}
+
+void tst_SimulatedRadar::roadWithoutLanesHasNoTraffic()
+{
+    SimulatedTraffic traffic(SimRoad::laneCentres(QJsonObject()), 8, 1);
+    traffic.step(0.1);
+    QCOMPARE(traffic.laneCount(), 0);
+    QVERIFY(traffic.reportedObjects().isEmpty());
+}
+
+QTEST_GUILESS_MAIN(tst_SimulatedRadar)
+#include "tst_simulatedradar.moc"

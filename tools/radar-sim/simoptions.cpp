@@ -1,0 +1,137 @@
+#include "simoptions.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace {
+
+bool toNumber(const QString& text, qint64 low, qint64 high, qint64& value)
+{
+    bool ok = false;
+    value = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)
+                ? text.mid(2).toLongLong(&ok, 16)
+                : text.toLongLong(&ok, 10);
+    return ok && value >= low && value <= high;
+}
+
+} // namespace
+
+bool SimOptions::parse(const QStringList& arguments, SimOptions& options, QString& error,
+                       bool& exitNow)
+{
+    exitNow = false;
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Radar server simulator for the Orvex road radar.\n"
+        "Speaks the radar server's WebSocket protocol (JSON server commands, binary CAN "
+        "records with the radar's time-stamp header) and simulates a radar watching traffic "
+        "on a multi-lane road, answering configuration and service commands as the radar "
+        "does. Fault options make it misbehave in the ways a real installation can."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+
+    const QCommandLineOption host("host", "Address to listen on (default 127.0.0.1).", "address",
+                                  options.host);
+    const QCommandLineOption port("port", "Port to listen on (default 7578; 0 picks a free one).",
+                                  "port", QString::number(options.port));
+    const QCommandLineOption rate("rate", "Radar cycles per second (default 10).", "hz", "10");
+    const QCommandLineOption noHeader(
+        "no-header", "Send the radar's records without the UTC time-stamp header.");
+    const QCommandLineOption variant(
+        "variant", "Protocol variant at start: 0 = SerD, 1 = SerP (default 0).", "n", "0");
+    const QCommandLineOption vehicles("vehicles", "Vehicles on the road at once (default 8).", "n",
+                                      "8");
+    const QCommandLineOption road("road",
+                                  "Road configuration (the application's \"road_config\" JSON "
+                                  "object) whose lanes the vehicles follow.",
+                                  "file");
+    const QCommandLineOption seed("seed", "Random seed, for a repeatable run.", "n");
+    const QCommandLineOption selfTest(
+        "selftest", "Self-diagnostics word the radar reports (default 0x3F: all units ok).", "word",
+        "0x3F");
+    const QCommandLineOption portName("port-name",
+                                      "Serial port name the server reports (default /dev/ttySIM0).",
+                                      "name", options.portName);
+    const QCommandLineOption busyAcks("busy-acks",
+                                      "Answer the next N commands with 255 (radar busy).", "n");
+    const QCommandLineOption errorAck("error-ack",
+                                      "Answer every command with this error code (1-254).", "code");
+    const QCommandLineOption noAcks("no-acks", "Never acknowledge a command.");
+    const QCommandLineOption garbage("garbage-every",
+                                     "Put a malformed record into every N-th message.", "n");
+    const QCommandLineOption silence("silence-after",
+                                     "Stop sending radar data after this many seconds.", "seconds");
+    const QCommandLineOption ignorePings(
+        "ignore-pings", "Stall every connection, so that no pong ever reaches the client.");
+    const QCommandLineOption quiet("quiet", "Print nothing but the listening address.");
+    parser.addOptions({host, port, rate, noHeader, variant, vehicles, road, seed, selfTest,
+                       portName, busyAcks, errorAck, noAcks, garbage, silence, ignorePings, quiet});
+
+    if (!parser.parse(arguments)) {
+        error = parser.errorText();
+        return false;
+    }
+    if (parser.isSet("help")) {
+        std::fputs(qPrintable(parser.helpText()), stdout);
+        exitNow = true;
+        return true;
+    }
+    if (parser.isSet("version")) {
+        std::printf("%s %s\n", qPrintable(QCoreApplication::applicationName()),
+                    qPrintable(QCoreApplication::applicationVersion()));
+        exitNow = true;
+        return true;
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        error = QStringLiteral("Unexpected argument: %1").arg(parser.positionalArguments().first());
+        return false;
+    }
+
+    qint64 n = 0;
+    auto number = [&](const QCommandLineOption& option, qint64 low, qint64 high, auto& target) {
+        if (!parser.isSet(option))
+            return true;
+        if (!toNumber(parser.value(option), low, high, n)) {
+            error = QStringLiteral("--%1 wants a number from %2 to %3, not \"%4\"")
+                        .arg(option.names().first())
+                        .arg(low)
+                        .arg(high)
+                        .arg(parser.value(option));
+            return false;
+        }
+        target = decltype(target)(n);
+        return true;
+    };
+    options.host = parser.value(host);
+    options.portName = parser.value(portName);
+    options.roadFile = parser.value(road);
+    options.timeStampHeader = !parser.isSet(noHeader);
+    options.noAcks = parser.isSet(noAcks);
+    options.ignorePings = parser.isSet(ignorePings);
+    options.quiet = parser.isSet(quiet);
+    options.seedGiven = parser.isSet(seed);
+    if (!number(port, 0, 65535, options.port) || !number(variant, 0, 1, options.variant)
+        || !number(vehicles, 0, 60, options.vehicles) || !number(seed, 0, 0xFFFFFFFF, options.seed)
+        || !number(selfTest, 0, 0xFFFF, options.selfTestWord)
+        || !number(busyAcks, 0, 1000000, options.busyAcks)
+        || !number(errorAck, 1, 254, options.errorAck)
+        || !number(garbage, 0, 1000000, options.garbageEvery)) {
+        return false;
+    }
+    bool ok = true;
+    options.rate = parser.value(rate).toDouble(&ok);
+    if (!ok || options.rate < 0.1 || options.rate > 200) {
+        error = QStringLiteral("--rate wants cycles per second from 0.1 to 200");
+        return false;
+    }
+    if (parser.isSet(silence)) {
+        options.silenceAfter = parser.value(silence).toDouble(&ok);
+        if (!ok || options.silenceAfter < 0) {
+            error = QStringLiteral("--silence-after wants a number of seconds");
+            return false;
+        }
+    }
+    return true;
+}

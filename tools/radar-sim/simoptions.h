@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QtGlobal>
+
+// Everything the simulator can be told on its command line.
+struct SimOptions
+{
+    QString host = QStringLiteral("127.0.0.1");
+    quint16 port = 7578; // 0: any free port (printed at start)
+    double rate = 10.0; // radar cycles per second
+    bool timeStampHeader = true;
+    int variant = 0; // 0 = SerD ids, 1 = SerP ids
+    int vehicles = 8;
+    QString roadFile;
+    quint32 seed = 0;
+    bool seedGiven = false;
+    quint16 selfTestWord = 0x3F;
+    QString portName = QStringLiteral("/dev/ttySIM0");
+
+    // Fault injection.
+    int busyAcks = 0; // answer the next N commands with 255
+    int errorAck = 0; // answer every command with this code (1-254), 0: off
+    bool noAcks = false; // never answer a command
+    int garbageEvery = 0; // a malformed record every N messages, 0: never
+    double silenceAfter = -1.0; // stop sending after this many seconds, < 0: never
+    bool ignorePings = false; // stall every connection so no pong reaches the client
+    bool quiet = false;
+
+    // Parses the arguments (program name first). On a bad option returns false and
+    // writes the reason; --help and --version print and set `exitNow`.
+    static bool parse(const QStringList& arguments, SimOptions& options, QString& error,
+                      bool& exitNow);
+};
