@@ -8,13 +8,30 @@
 
 namespace K = RoadConfigKeys;
 
+namespace {
+
+// A number from the configuration; absent, of another type or not finite: the default.
+double number(const QJsonValue& value)
+{
+    const double d = value.toDouble(0.0);
+    return std::isfinite(d) ? d : 0.0;
+}
+
+} // namespace
+
 RoadBuilder::RoadBuilder(QObject* parent)
     : QObject(parent)
-{ }
+{
+    // The geometry travels by queued connections and into signal spies too.
+    qRegisterMetaType<QList<QPolygonF>>();
+    qRegisterMetaType<QMap<int, QPolygonF>>();
+    qRegisterMetaType<QMap<int, double>>();
+    qRegisterMetaType<QVector<quint8>>();
+}
 
 void RoadBuilder::setRoadConfig(const QJsonObject& config)
 {
-    m_originOffset = config.value(K::OriginOffset).toDouble(0.0);
+    m_originOffset = number(config.value(K::OriginOffset));
     doSetupParts(config.value(K::Parts).toObject());
     doBuildRoad(config.value(K::Sections).toArray());
     doApplyRoad();
@@ -23,8 +40,7 @@ void RoadBuilder::setRoadConfig(const QJsonObject& config)
 void RoadBuilder::doSetupParts(const QJsonObject& parts)
 {
     m_parts.clear();
-    const double medianWidth
-        = parts.value(QStringLiteral("0")).toObject().value(K::Width).toDouble(0.0);
+    const double medianWidth = number(parts.value(QStringLiteral("0")).toObject().value(K::Width));
     RoadPart left(0, -medianWidth / 2.0, medianWidth, false);
     RoadPart right = left;
     m_parts.insert(0, left);
@@ -37,12 +53,12 @@ void RoadBuilder::doSetupParts(const QJsonObject& parts)
         if (leftPart.isEmpty() && rightPart.isEmpty())
             break;
         if (!leftPart.isEmpty()) {
-            left = RoadPart(n, left.maxCoord, leftPart.value(K::Width).toDouble(0.0),
+            left = RoadPart(n, left.maxCoord, number(leftPart.value(K::Width)),
                             leftPart.value(K::IsLane).toBool(false));
             m_parts.insert(n, left);
         }
         if (!rightPart.isEmpty()) {
-            right = RoadPart(-n, right.minCoord, -rightPart.value(K::Width).toDouble(0.0),
+            right = RoadPart(-n, right.minCoord, -number(rightPart.value(K::Width)),
                              rightPart.value(K::IsLane).toBool(false));
             m_parts.insert(-n, right);
         }
@@ -63,9 +79,11 @@ void RoadBuilder::doBuildRoad(const QJsonArray& sections)
 
     for (const QJsonValue& value : sections) {
         const QJsonObject section = value.toObject();
-        const double length = section.value(K::Length).toDouble(0.0);
+        const double length = number(section.value(K::Length));
+        if (std::fabs(length) > MaxSectionLength)
+            continue;
         if (section.value(K::IsCurved).toBool(false)) {
-            doAddCurvedSection(length, section.value(K::Radius).toDouble(0.0), false, point, angle,
+            doAddCurvedSection(length, number(section.value(K::Radius)), false, point, angle,
                                distance, point, angle, distance);
         } else {
             doAddStraightSection(length, false, point, angle, distance, point, angle, distance);

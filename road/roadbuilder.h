@@ -26,6 +26,9 @@ public:
     static constexpr double MarkTolerance = 0.01;
     // Straight run-in and run-out laid before and after the configured road.
     static constexpr double ExtensionLength = 2.0;
+    // A section longer than this is taken for a broken setting and skipped like a
+    // refused curve: laying a mark per metre of it would never end.
+    static constexpr double MaxSectionLength = 100000.0;
 
     explicit RoadBuilder(QObject* parent = nullptr);
 

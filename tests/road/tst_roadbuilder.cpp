@@ -186,6 +186,9 @@ void tst_RoadBuilder::refusedCurvesLeaveNoTrace_data()
     QTest::newRow("sweep 4 rad") << R"({"is_curved": true, "length": 400, "radius": 100})" << true;
     QTest::newRow("sweep 3.14 rad is taken")
         << R"({"is_curved": true, "length": 314, "radius": 100})" << false;
+    QTest::newRow("a straight of 1e12 m is taken for a broken setting")
+        << R"({"length": 1e12})" << true;
+    QTest::newRow("an infinite length too") << R"({"length": 1e999})" << true;
     QTest::newRow("radius on a straight section is ignored")
         << R"({"length": 20, "radius": 5})" << false;
 }
