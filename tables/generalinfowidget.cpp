@@ -1,0 +1,95 @@
+#include "generalinfowidget.h"
+
+#include "iorvexclient.h"
+
+#include <QGridLayout>
+#include <QLabel>
+
+namespace {
+constexpr int RateDecimals = 1;
+
+QString twoDigits(int value)
+{
+    return QStringLiteral("%1").arg(value, 2, 10, QLatin1Char('0'));
+}
+} // namespace
+
+GeneralInfoWidget::GeneralInfoWidget(QWidget* parent)
+    : GroupedWidget(parent)
+{
+    setObjectName(QStringLiteral("GeneralInfoWidget"));
+    auto* layout = new QGridLayout(this);
+    layout->setObjectName(QStringLiteral("generalInfoWidgetLayout"));
+    if (parent)
+        layout->setContentsMargins(0, 0, 0, 0);
+
+    auto* uptimeLabel = new QLabel(tr("Internal time (uptime)"), this);
+    uptimeLabel->setObjectName(QStringLiteral("uptimeLabel"));
+    m_uptimeValueLabel = new QLabel(this);
+    m_uptimeValueLabel->setObjectName(QStringLiteral("uptimeValueLabel"));
+    auto* cycleNumberLabel = new QLabel(tr("Measure cycle number"), this);
+    cycleNumberLabel->setObjectName(QStringLiteral("cycleNumberLabel"));
+    m_cycleNumberValueLabel = new QLabel(this);
+    m_cycleNumberValueLabel->setObjectName(QStringLiteral("cycleNumberValueLabel"));
+
+    layout->addWidget(uptimeLabel, 0, 0);
+    layout->addWidget(m_uptimeValueLabel, 0, 1);
+    layout->addWidget(cycleNumberLabel, 1, 0);
+    layout->addWidget(m_cycleNumberValueLabel, 1, 1);
+    layout->setColumnStretch(1, 1);
+
+    showRadarState(IOrvexClient::Offline);
+}
+
+void GeneralInfoWidget::showRadarState(int state)
+{
+    m_online = IOrvexClient::isOnline(state);
+    if (!m_online) {
+        // The next rate needs two fresh samples.
+        m_lastSampleTime = QDateTime();
+        m_cycleRate = 0.0;
+        m_uptimeValueLabel->clear();
+        m_cycleNumberValueLabel->clear();
+    }
+    GroupedWidget::setEnabled(m_online);
+}
+
+void GeneralInfoWidget::startFilling()
+{
+    setUpdatesEnabled(false);
+}
+
+void GeneralInfoWidget::finishFilling()
+{
+    setUpdatesEnabled(true);
+}
+
+void GeneralInfoWidget::setFrameDateTimeUtc(const QDateTime& dateTime)
+{
+    m_frameTime = dateTime;
+}
+
+void GeneralInfoWidget::showUptimeInfo(int days, int hours, int minutes, int seconds,
+                                       int milliseconds)
+{
+    // Built from the numbers as they come, so that odd values still show.
+    const QString timeOfDay = QStringLiteral("%1:%2:%3.%4")
+                                  .arg(twoDigits(hours), twoDigits(minutes), twoDigits(seconds))
+                                  .arg(milliseconds, 3, 10, QLatin1Char('0'));
+    m_uptimeValueLabel->setText(tr("%1 day(s) %2").arg(days).arg(timeOfDay));
+}
+
+void GeneralInfoWidget::showCycleNumber(quint64 number)
+{
+    if (m_online && number % RateSampleCycles == 1) {
+        const qint64 elapsedMs
+            = m_lastSampleTime.isValid() ? m_lastSampleTime.msecsTo(m_frameTime) : 0;
+        // Two samples with the same frame time give no rate rather than an infinite one.
+        m_cycleRate = elapsedMs > 0 ? RateSampleCycles * 1000.0 / double(elapsedMs) : 0.0;
+        m_lastSampleTime = m_frameTime;
+    }
+    QString text = QString::number(number);
+    if (m_online && m_cycleRate > 0.0)
+        text += tr(" (%1 c/s)").arg(m_cycleRate, 0, 'f', RateDecimals);
+    m_cycleNumberValueLabel->setText(text);
+}

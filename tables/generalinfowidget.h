@@ -1,0 +1,38 @@
+#pragma once
+
+#include "groupedwidget.h"
+
+#include <QDateTime>
+
+class QLabel;
+
+// The radar's uptime and its measuring-cycle counter with the cycle rate. The rate is
+// the mean over the last 200 cycles, measured with the radar's own frame time stamps.
+class GeneralInfoWidget : public GroupedWidget
+{
+    Q_OBJECT
+
+public:
+    // The rate is sampled once per this many cycles.
+    static constexpr quint64 RateSampleCycles = 200;
+
+    explicit GeneralInfoWidget(QWidget* parent = nullptr);
+
+    double cycleRate() const { return m_cycleRate; }
+
+public slots:
+    void showRadarState(int state);
+    void startFilling();
+    void finishFilling();
+    void setFrameDateTimeUtc(const QDateTime& dateTime);
+    void showUptimeInfo(int days, int hours, int minutes, int seconds, int milliseconds);
+    void showCycleNumber(quint64 number);
+
+private:
+    QLabel* m_uptimeValueLabel = nullptr;
+    QLabel* m_cycleNumberValueLabel = nullptr;
+    QDateTime m_frameTime;
+    QDateTime m_lastSampleTime;
+    double m_cycleRate = 0.0; // cycles per second
+    bool m_online = false;
+};

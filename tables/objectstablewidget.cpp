@@ -1,0 +1,134 @@
+#include "objectstablewidget.h"
+
+#include "iorvexclient.h"
+#include "objectcolor.h"
+#include "objectstabledelegate.h"
+#include "ui_objectstablewidget.h"
+
+#include <QHeaderView>
+
+namespace {
+// Speeds travel in m/s and are shown in km/h.
+constexpr double KmhPerMps = 3.6;
+constexpr int SpeedDecimals = 1;
+constexpr int RangeDecimals = 2;
+constexpr int LengthDecimals = 1;
+const QString UpdateTimeFormat = QStringLiteral("hh:mm:ss.zzz");
+
+QString fixed(double value, int decimals)
+{
+    return QString::number(value, 'f', decimals);
+}
+} // namespace
+
+ObjectsTableWidget::ObjectsTableWidget(QWidget* parent)
+    : GroupedWidget(parent)
+    , m_ui(new Ui::ObjectsTableWidget)
+{
+    m_ui->setupUi(this);
+    // Inside its group box the box's own frame is margin enough.
+    if (parent)
+        m_ui->objectsTableWidgetLayout->setContentsMargins(0, 0, 0, 0);
+
+    QHeaderView* header = m_ui->tableWidget->horizontalHeader();
+    header->setSectionResizeMode(QHeaderView::Stretch);
+    header->setSectionResizeMode(IdColumn, QHeaderView::ResizeToContents);
+    header->setSectionsMovable(false);
+    // Rows keep the client's order; the header does not sort.
+    header->setSectionsClickable(false);
+    m_ui->tableWidget->setItemDelegate(new ObjectsTableDelegate(m_ui->tableWidget));
+
+    showRadarState(IOrvexClient::Offline);
+}
+
+ObjectsTableWidget::~ObjectsTableWidget()
+{
+    delete m_ui;
+}
+
+QTableWidget* ObjectsTableWidget::tableWidget() const
+{
+    return m_ui->tableWidget;
+}
+
+void ObjectsTableWidget::setPaintObjects(bool paintObjects)
+{
+    m_paintObjects = paintObjects;
+}
+
+void ObjectsTableWidget::showRadarState(int state)
+{
+    const bool working = IOrvexClient::isWorking(state);
+    if (!working) {
+        startFilling();
+        finishFilling();
+    }
+    GroupedWidget::setEnabled(working);
+}
+
+void ObjectsTableWidget::startFilling()
+{
+    setUpdatesEnabled(false);
+    m_ui->tableWidget->setRowCount(0);
+}
+
+void ObjectsTableWidget::addObject(quint8 id, double xSpeed, double ySpeed, double xRange,
+                                   double yRange, double length, const QDateTime& lastDetected)
+{
+    if (!m_hasUpdateTimeText || lastDetected != m_lastUpdateTime) {
+        m_hasUpdateTimeText = true;
+        m_lastUpdateTime = lastDetected;
+        m_lastUpdateTimeText = updateTimeText(lastDetected);
+    }
+    insertObjectRow(m_ui->tableWidget, m_ui->tableWidget->rowCount(), m_paintObjects, id, xSpeed,
+                    ySpeed, xRange, yRange, length, m_lastUpdateTimeText);
+}
+
+void ObjectsTableWidget::finishFilling()
+{
+    setUpdatesEnabled(true);
+}
+
+QString ObjectsTableWidget::updateTimeText(const QDateTime& lastDetected)
+{
+    return lastDetected.toLocalTime().time().toString(UpdateTimeFormat);
+}
+
+void ObjectsTableWidget::insertObjectRow(QTableWidget* table, int row, bool paintObjects, quint8 id,
+                                         double xSpeed, double ySpeed, double xRange, double yRange,
+                                         double length, const QString& updateTime)
+{
+    const QString texts[ColumnCount] = {
+        QString::number(id),
+        fixed(xSpeed * KmhPerMps, SpeedDecimals),
+        fixed(ySpeed * KmhPerMps, SpeedDecimals),
+        fixed(xRange, RangeDecimals),
+        fixed(yRange, RangeDecimals),
+        fixed(length, LengthDecimals),
+        updateTime,
+    };
+    // Only the id cell carries the object's colours; without painting every object gets
+    // the colours of entry 0.
+    const quint8 colorIndex = paintObjects ? id : 0;
+
+    table->insertRow(row);
+    for (int column = 0; column < table->columnCount(); ++column) {
+        QTableWidgetItem* item = table->item(row, column);
+        const bool created = !item;
+        if (created) {
+            item = new QTableWidgetItem;
+            item->setFlags(item->flags() & ~Qt::ItemIsEditable);
+            item->setTextAlignment(column == IdColumn ? int(Qt::AlignCenter)
+                                                      : int(Qt::AlignLeft | Qt::AlignVCenter));
+        }
+        item->setText(column < ColumnCount ? texts[column] : QString());
+        if (column == IdColumn) {
+            item->setBackground(QBrush(ObjectColor::base(colorIndex)));
+            item->setForeground(QBrush(ObjectColor::text(colorIndex)));
+        }
+        // A new item goes into the table complete: the view then hears of the cell once
+        // rather than once per property.
+        if (created)
+            table->setItem(row, column, item);
+    }
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "groupedwidget.h"
+
+#include <QDateTime>
+
+class QTableWidget;
+
+namespace Ui {
+class ObjectsTableWidget;
+}
+
+// The road objects of the current radar frame, one row per object in the order the
+// client reports them, refilled from scratch on every frame. The table repaints once
+// per frame: screen updates stay off from the frame's start to its end.
+class ObjectsTableWidget : public GroupedWidget
+{
+    Q_OBJECT
+
+public:
+    enum Column {
+        IdColumn,
+        XSpeedColumn,
+        YSpeedColumn,
+        XRangeColumn,
+        YRangeColumn,
+        LengthColumn,
+        UpdatedColumn,
+        ColumnCount
+    };
+
+    explicit ObjectsTableWidget(QWidget* parent = nullptr);
+    ~ObjectsTableWidget() override;
+
+    QTableWidget* tableWidget() const;
+
+    // The update time as the table shows it: the local time of day.
+    static QString updateTimeText(const QDateTime& lastDetected);
+    // Inserts and fills one row of any table with these columns: the history table shows
+    // its rows exactly as this one does.
+    static void insertObjectRow(QTableWidget* table, int row, bool paintObjects, quint8 id,
+                                double xSpeed, double ySpeed, double xRange, double yRange,
+                                double length, const QString& updateTime);
+
+public slots:
+    void setPaintObjects(bool paintObjects);
+    void showRadarState(int state);
+    void startFilling();
+    void addObject(quint8 id, double xSpeed, double ySpeed, double xRange, double yRange,
+                   double length, const QDateTime& lastDetected);
+    void finishFilling();
+
+private:
+    Ui::ObjectsTableWidget* m_ui = nullptr;
+    bool m_paintObjects = false;
+    // The objects of one frame mostly share their update time; converting it to local
+    // time once per frame instead of once per object saves most of the cost of a row.
+    bool m_hasUpdateTimeText = false;
+    QDateTime m_lastUpdateTime;
+    QString m_lastUpdateTimeText;
+};

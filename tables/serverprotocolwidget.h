@@ -1,0 +1,20 @@
+#pragma once
+
+#include "statelabel.h"
+
+// The protocol variant the radar server reports it uses. Shown from a report until the
+// next connection event.
+class ServerProtocolWidget : public StateLabel
+{
+    Q_OBJECT
+
+public:
+    explicit ServerProtocolWidget(QWidget* parent = nullptr);
+
+public slots:
+    void showServerProtocol(int protocol);
+    void showConnecting();
+    void showConnected();
+    void showNotConnected();
+    void showDisconnected();
+};

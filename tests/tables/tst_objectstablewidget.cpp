@@ -1,0 +1,275 @@
+#include "objectstablewidget.h"
+
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QTableWidget>
+#include <QtTest>
+
+#include <ctime>
+#include <memory>
+
+namespace {
+const QDateTime SomeTime(QDate(2024, 1, 1), QTime(10, 15, 30, 45), Qt::UTC);
+constexpr int Working = 2;
+} // namespace
+
+class tst_ObjectsTableWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void startsEmptyAndDisabled();
+    void cellFormats_data();
+    void cellFormats();
+    void oneRowPerObjectInArrivalOrder();
+    void idCellColours_data();
+    void idCellColours();
+    void paintingTakesEffectNextFrame();
+    // The cells are drawn by the table's own delegate: colours, text and selection.
+    void cellsAsDrawn();
+    void nonWorkingStateEmptiesAndDisables_data();
+    void nonWorkingStateEmptiesAndDisables();
+
+private:
+    void frame(const QList<quint8>& ids);
+    QStringList rowTexts(int row) const;
+
+    std::unique_ptr<QGroupBox> m_box;
+    ObjectsTableWidget* m_widget = nullptr;
+    QTableWidget* m_table = nullptr;
+};
+
+void tst_ObjectsTableWidget::initTestCase()
+{
+    // The update time is shown in local time: make local time UTC+3.
+    qputenv("TZ", "<+03>-3");
+    tzset();
+}
+
+void tst_ObjectsTableWidget::init()
+{
+    m_box = std::make_unique<QGroupBox>();
+    auto* layout = new QHBoxLayout(m_box.get());
+    m_widget = new ObjectsTableWidget(m_box.get());
+    layout->addWidget(m_widget);
+    m_table = m_widget->findChild<QTableWidget*>("tableWidget");
+    QVERIFY(m_table);
+    m_widget->showRadarState(Working);
+}
+
+void tst_ObjectsTableWidget::cleanup()
+{
+    m_box.reset();
+}
+
+void tst_ObjectsTableWidget::frame(const QList<quint8>& ids)
+{
+    m_widget->startFilling();
+    for (quint8 id : ids)
+        m_widget->addObject(id, 1.0, 0.0, 10.0, 2.0, 4.5, SomeTime);
+    m_widget->finishFilling();
+}
+
+QStringList tst_ObjectsTableWidget::rowTexts(int row) const
+{
+    QStringList texts;
+    for (int column = 0; column < m_table->columnCount(); ++column)
+        texts << m_table->item(row, column)->text();
+    return texts;
+}
+
+void tst_ObjectsTableWidget::startsEmptyAndDisabled()
+{
+    ObjectsTableWidget alone;
+    QCOMPARE(alone.objectName(), QString("ObjectsTableWidget"));
+    QCOMPARE(alone.tableWidget()->rowCount(), 0);
+    QVERIFY(!alone.isEnabled());
+    // On its own the layout keeps its margin; inside a box it has none.
+    QCOMPARE(alone.layout()->contentsMargins(), QMargins(8, 8, 8, 8));
+    QCOMPARE(m_widget->layout()->contentsMargins(), QMargins(0, 0, 0, 0));
+}
+
+void tst_ObjectsTableWidget::cellFormats_data()
+{
+    QTest::addColumn<QList<double>>("values"); // xSpeed, ySpeed, xRange, yRange, length
+    QTest::addColumn<QDateTime>("updated");
+    QTest::addColumn<QStringList>("texts");
+
+    const QString local = "13:15:30.045";
+    QTest::newRow("10 m/s shows 36.0 km/h")
+        << QList<double>{10, 0, 0, 0, 0} << SomeTime
+        << QStringList{"7", "36.0", "0.0", "0.00", "0.00", "0.0", local};
+    QTest::newRow("-2.5 m/s shows -9.0 km/h")
+        << QList<double>{0, -2.5, 0, 0, 0} << SomeTime
+        << QStringList{"7", "0.0", "-9.0", "0.00", "0.00", "0.0", local};
+    QTest::newRow("ranges with two decimals, length with one")
+        << QList<double>{0, 0, 3.14159, -7.5, 4.26} << SomeTime
+        << QStringList{"7", "0.0", "0.0", "3.14", "-7.50", "4.3", local};
+    QTest::newRow("no thousands separator")
+        << QList<double>{1000, 0, 12345.678, 0, 1234.56} << SomeTime
+        << QStringList{"7", "3600.0", "0.0", "12345.68", "0.00", "1234.6", local};
+    QTest::newRow("date not shown, local time past midnight")
+        << QList<double>{0, 0, 0, 0, 0} << QDateTime(QDate(2024, 1, 1), QTime(22, 0, 0, 5), Qt::UTC)
+        << QStringList{"7", "0.0", "0.0", "0.00", "0.00", "0.0", "01:00:00.005"};
+    QTest::newRow("invalid update time shows nothing")
+        << QList<double>{0, 0, 0, 0, 0} << QDateTime()
+        << QStringList{"7", "0.0", "0.0", "0.00", "0.00", "0.0", ""};
+}
+
+void tst_ObjectsTableWidget::cellFormats()
+{
+    QFETCH(QList<double>, values);
+    QFETCH(QDateTime, updated);
+    QFETCH(QStringList, texts);
+
+    m_widget->startFilling();
+    m_widget->addObject(7, values[0], values[1], values[2], values[3], values[4], updated);
+    m_widget->finishFilling();
+    QCOMPARE(m_table->rowCount(), 1);
+    QCOMPARE(rowTexts(0), texts);
+    for (int column = 0; column < 7; ++column) {
+        const QTableWidgetItem* item = m_table->item(0, column);
+        QVERIFY(!(item->flags() & Qt::ItemIsEditable));
+        QCOMPARE(item->textAlignment(),
+                 column == 0 ? int(Qt::AlignCenter) : int(Qt::AlignLeft | Qt::AlignVCenter));
+    }
+}
+
+void tst_ObjectsTableWidget::oneRowPerObjectInArrivalOrder()
+{
+    frame({9, 200, 3});
+    // Screen updates stay off for the whole frame, so that it is drawn once.
+    m_widget->startFilling();
+    QVERIFY(!m_widget->updatesEnabled());
+    QCOMPARE(m_table->rowCount(), 0);
+    for (quint8 id : {5, 3, 5}) // the same id twice in one frame shows twice
+        m_widget->addObject(id, 0, 0, 0, 0, 0, SomeTime.addMSecs(id));
+    QVERIFY(!m_widget->updatesEnabled());
+    m_widget->finishFilling();
+    QVERIFY(m_widget->updatesEnabled());
+    QCOMPARE(m_table->rowCount(), 3);
+    QCOMPARE(rowTexts(0).at(0) + rowTexts(0).at(6), QString("513:15:30.050"));
+    QCOMPARE(rowTexts(1).at(0) + rowTexts(1).at(6), QString("313:15:30.048"));
+    QCOMPARE(rowTexts(2).at(0) + rowTexts(2).at(6), QString("513:15:30.050"));
+
+    frame({});
+    QCOMPARE(m_table->rowCount(), 0);
+}
+
+void tst_ObjectsTableWidget::idCellColours_data()
+{
+    QTest::addColumn<bool>("paint");
+    QTest::addColumn<int>("id");
+    QTest::addColumn<QColor>("base");
+    QTest::addColumn<QColor>("text");
+
+    const QColor black(0, 0, 0), white(255, 255, 255);
+    QTest::newRow("painting off: entry 0 for id 4") << false << 4 << white << black;
+    QTest::newRow("id 4: red with white text") << true << 4 << QColor(255, 0, 0) << white;
+    QTest::newRow("id 19: grey with black text") << true << 19 << QColor(159, 159, 159) << black;
+    QTest::newRow("id 24: dark green, white text") << true << 24 << QColor(0, 127, 0) << white;
+    QTest::newRow("id 29 wraps to entry 4") << true << 29 << QColor(255, 0, 0) << white;
+    QTest::newRow("id 255 wraps to entry 5") << true << 255 << QColor(0, 255, 0) << black;
+}
+
+void tst_ObjectsTableWidget::idCellColours()
+{
+    QFETCH(bool, paint);
+    QFETCH(int, id);
+    QFETCH(QColor, base);
+    QFETCH(QColor, text);
+
+    m_widget->setPaintObjects(paint);
+    frame({quint8(id)});
+    const QTableWidgetItem* idItem = m_table->item(0, 0);
+    QCOMPARE(idItem->background(), QBrush(base));
+    QCOMPARE(idItem->foreground(), QBrush(text));
+    // The other cells keep the table's own colours.
+    for (int column = 1; column < 7; ++column) {
+        QCOMPARE(m_table->item(0, column)->background().style(), Qt::NoBrush);
+        QCOMPARE(m_table->item(0, column)->foreground().style(), Qt::NoBrush);
+    }
+}
+
+void tst_ObjectsTableWidget::paintingTakesEffectNextFrame()
+{
+    frame({4});
+    m_widget->setPaintObjects(true);
+    QCOMPARE(m_table->item(0, 0)->background().color(), QColor(255, 255, 255));
+    frame({4});
+    QCOMPARE(m_table->item(0, 0)->background().color(), QColor(255, 0, 0));
+}
+
+void tst_ObjectsTableWidget::cellsAsDrawn()
+{
+    m_box->resize(700, 300);
+    m_box->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_box.get()));
+    m_widget->setPaintObjects(true);
+    m_widget->startFilling();
+    m_widget->addObject(4, 10.0, 0.0, 3.0, 1.0, 4.0, SomeTime);
+    m_widget->addObject(255, -10.0, 0.0, 3.0, 1.0, 4.0, SomeTime);
+    m_widget->finishFilling();
+    m_table->selectRow(1);
+
+    const QImage image = m_table->viewport()->grab().toImage();
+    auto colours = [&](int row, int column) {
+        QMap<QRgb, int> count;
+        const QRect cell
+            = m_table->visualItemRect(m_table->item(row, column)).adjusted(2, 2, -2, -2);
+        for (int y = cell.top(); y <= cell.bottom(); ++y) {
+            for (int x = cell.left(); x <= cell.right(); ++x)
+                ++count[image.pixel(x, y) | 0xff000000];
+        }
+        return count;
+    };
+    // The id cell is filled with the object's colour and carries text in another.
+    const QMap<QRgb, int> idCell = colours(0, 0);
+    QVERIFY(idCell.value(qRgb(255, 0, 0)) > idCell.size());
+    QVERIFY(idCell.size() > 1);
+    // Column 0 is wide enough for the widest id.
+    QVERIFY(m_table->columnWidth(0)
+            >= m_table->fontMetrics().horizontalAdvance(QStringLiteral("255")));
+    // The selected row shows the highlight with text on it; the other row does not.
+    const QRgb highlight = m_table->palette().color(QPalette::Active, QPalette::Highlight).rgb();
+    const QMap<QRgb, int> selected = colours(1, 1), plain = colours(0, 1);
+    QVERIFY(selected.value(highlight) > 0);
+    QVERIFY(selected.size() > 1);
+    QCOMPARE(plain.value(highlight), 0);
+    QVERIFY(plain.size() > 1);
+}
+
+void tst_ObjectsTableWidget::nonWorkingStateEmptiesAndDisables_data()
+{
+    QTest::addColumn<int>("state");
+    QTest::newRow("busy") << 1;
+    QTest::newRow("offline") << 0;
+    QTest::newRow("bad data") << -1;
+    QTest::newRow("unknown state 3") << 3;
+}
+
+void tst_ObjectsTableWidget::nonWorkingStateEmptiesAndDisables()
+{
+    QFETCH(int, state);
+    QVERIFY(m_box->isEnabled());
+    frame({1, 2});
+
+    // Even in the middle of a frame the table empties and is drawn again.
+    m_widget->startFilling();
+    m_widget->addObject(3, 0, 0, 0, 0, 0, SomeTime);
+    m_widget->showRadarState(state);
+    QCOMPARE(m_table->rowCount(), 0);
+    QVERIFY(m_widget->updatesEnabled());
+    // The enclosing box greys out with the table.
+    QVERIFY(!m_box->isEnabled());
+
+    m_widget->showRadarState(Working);
+    QVERIFY(m_box->isEnabled());
+}
+
+QTEST_MAIN(tst_ObjectsTableWidget)
+#include "tst_objectstablewidget.moc"
