@@ -123,8 +123,11 @@ void CollapsibleGroupBox::mouseReleaseEvent(QMouseEvent* event)
     m_pressed = false;
     BacklightedGroupBox::mouseReleaseEvent(event);
     if (click) {
-        emit clicked(!m_collapsed);
-        setCollapsed(!m_collapsed);
+        // A receiver of clicked() may already have switched the box (the main window
+        // does, through the work profile); the click must not then switch it back.
+        const bool collapsed = !m_collapsed;
+        emit clicked(collapsed);
+        setCollapsed(collapsed);
     }
 }
 

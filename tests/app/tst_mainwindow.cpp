@@ -1,34 +1,460 @@
+#include "collapsiblegroupbox.h"
+#include "loopbackserver.h"
 #include "mainwindow.h"
+#include "orvexcontrol.h"
 #include "orvexserialdunvelprotocolclient.h"
+#include "orvexserialpakorprotocolclient.h"
+#include "testrecords.h"
+#include "workprofilehandler.h"
 
+#include <QActionGroup>
+#include <QInputDialog>
+#include <QJsonDocument>
+#include <QMenuBar>
+#include <QMessageBox>
 #include <QPointer>
+#include <QTemporaryDir>
 #include <QtTest>
 
-// The main window as the program entry builds it.
+#include <memory>
+
+// The main window against a real loopback radar server: layout through the profile,
+// client replacement and the requested-result rule.
 class tst_MainWindow : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void ownsOneConnectedClient();
+    void init();
+    void cleanup();
+
+    void startsFromTheProfile();
+    void columnsFollowTheTableAndOrientation_data();
+    void columnsFollowTheTableAndOrientation();
+    void hidingBoxesHidesColumns();
+    void collapseRoundTripsThroughTheProfile();
+    void profileApplicationLaysOutOnce();
+    void protocolSwitchReplacesTheClient();
+    void emptyServerAddressIsStored();
+    void unrequestedHardwareInfoOpensNoMessageBox();
+    void closingSavesTheProfiles();
+
+private:
+    void writeSettings(const QJsonObject& profile);
+    // A value of the current profile by its slash-separated path.
+    QJsonValue profileValue(const QString& path) const;
+    bool waitForLayout();
+    QAction* menuAction(const QString& menu, const QString& text) const;
+    QWidget* child(const char* name) const { return m_window->findChild<QWidget*>(name); }
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_previousDir;
+    std::unique_ptr<LoopbackServer> m_server;
+    std::unique_ptr<MainWindow> m_window;
 };
 
-void tst_MainWindow::ownsOneConnectedClient()
+void tst_MainWindow::init()
 {
-    MainWindow window;
-    QCOMPARE(window.windowTitle(), QString("Dunvel Orvex Road App"));
-    QCOMPARE(window.font().family(), QString("Sans"));
+    m_dir = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_dir->isValid());
+    m_previousDir = QDir::currentPath();
+    QDir::setCurrent(m_dir->path());
+    m_server = std::make_unique<LoopbackServer>();
+}
 
-    QPointer<IOrvexClient> client = window.radarClient();
-    QVERIFY(qobject_cast<OrvexSerialDunvelProtocolClient*>(client.data()));
-    QCOMPARE(client->serverUrl(), QUrl("ws://127.0.0.1:7578/"));
-    QCOMPARE(client->parent(), &window);
+void tst_MainWindow::cleanup()
+{
+    m_window.reset();
+    m_server.reset();
+    QDir::setCurrent(m_previousDir);
+    m_dir.reset();
+}
 
-    // Closing lets go of the client; it is deleted later by the event loop.
-    window.show();
-    QVERIFY(window.close());
-    QVERIFY(!window.radarClient());
+void tst_MainWindow::writeSettings(const QJsonObject& changes)
+{
+    // The default profile, pointed at the loopback server, with the given changes.
+    QJsonObject profile = WorkProfileHandler::defaultProfile();
+    QJsonObject connection = profile.value("connection").toObject();
+    connection.insert("radar_server_url", m_server->url().toString());
+    profile.insert("connection", connection);
+    for (auto it = changes.begin(); it != changes.end(); ++it)
+        profile.insert(it.key(), it.value());
+    QFile file(WorkProfileHandler::SettingsFilePath);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(
+        QJsonDocument(QJsonObject{{"profiles", QJsonArray{profile}}, {"current_id", 0}}).toJson());
+}
+
+QJsonValue tst_MainWindow::profileValue(const QString& path) const
+{
+    WorkProfileHandler* handler = m_window->profileHandler();
+    QJsonValue value = handler->profile(handler->currentProfileId());
+    for (const QString& key : path.split('/'))
+        value = value.toObject().value(key);
+    return value;
+}
+
+bool tst_MainWindow::waitForLayout()
+{
+    // A change is laid out in two 1 ms steps; the second lets the scheme area grow
+    // again.
+    QWidget* area = child("objectsMetaWidget");
+    return QTest::qWaitFor(
+        [area] { return area->maximumSize() == QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX); });
+}
+
+QAction* tst_MainWindow::menuAction(const QString& menu, const QString& text) const
+{
+    for (QAction* top : m_window->menuBar()->actions()) {
+        if (top->text() != menu || !top->menu())
+            continue;
+        QList<QMenu*> menus{top->menu()};
+        while (!menus.isEmpty()) {
+            QMenu* m = menus.takeFirst();
+            for (QAction* action : m->actions()) {
+                if (action->text() == text)
+                    return action;
+                if (action->menu())
+                    menus.append(action->menu());
+            }
+        }
+    }
+    return nullptr;
+}
+
+void tst_MainWindow::startsFromTheProfile()
+{
+    writeSettings({});
+    m_window = std::make_unique<MainWindow>();
+    QCOMPARE(m_window->windowTitle(), QString("Dunvel Orvex Road App — Default profile"));
+    QCOMPARE(m_window->font().family(), QString("Sans"));
+    QVERIFY(qobject_cast<OrvexSerialDunvelProtocolClient*>(m_window->radarClient()));
+    QVERIFY(m_server->waitForClient());
+    QCOMPARE(m_window->radarClient()->serverUrl(), m_server->url());
+
+    // Forcing is on in the default profile: the server hears the protocol at connect.
+    QTRY_COMPARE(m_server->textMessages.size(), 1);
+    QCOMPARE(QJsonDocument::fromJson(m_server->textMessages.first().toUtf8()).object(),
+             (QJsonObject{{"command", 2}, {"radar_protocol", 0}}));
+
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QTRY_VERIFY(child("objectsMetaWidget")->isVisible());
+    QVERIFY(child("roadObjectsBox")->isVisible());
+    QVERIFY(!child("imitatorObjectBox")->isVisible()); // imitator off
+    QVERIFY(!child("objectsTableBox")->isVisible());
+    QVERIFY(child("controlsWidget")->isVisible());
+    // Ticks follow the profile.
+    QVERIFY(menuAction("&Protocol", "&0. Serial, type D (SerD)")->isChecked());
+    QVERIFY(menuAction("&Protocol", "&Force server to change protocol")->isChecked());
+    QVERIFY(!menuAction("&View", "Road &objects")->isChecked());
+    QVERIFY(menuAction("&View", "Send &commands")->isChecked());
+    QVERIFY(menuAction("&View", "&Paint objects in different colors")->isChecked());
+    // Controls 1 and 3 were forced visible into the profile at start-up.
+    QVERIFY(profileValue("view/controls/1/visible").toBool());
+    QVERIFY(profileValue("view/controls/3/visible").toBool());
+}
+
+void tst_MainWindow::columnsFollowTheTableAndOrientation_data()
+{
+    QTest::addColumn<bool>("vertical");
+    QTest::addColumn<bool>("table");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<int>("columns");
+
+    // The boxes are short while the panels are empty: a tall window has room for the
+    // boxes of column 2 under those of column 1.
+    QTest::newRow("vertical, tall window: one column") << true << false << 800 << 1;
+    QTest::newRow("vertical, table shown: two columns") << true << true << 800 << 2;
+    QTest::newRow("horizontal: three columns") << false << false << 800 << 3;
+    QTest::newRow("horizontal, table shown: two columns") << false << true << 800 << 2;
+}
+
+void tst_MainWindow::columnsFollowTheTableAndOrientation()
+{
+    QFETCH(bool, vertical);
+    QFETCH(bool, table);
+    QFETCH(int, height);
+    QFETCH(int, columns);
+
+    writeSettings({});
+    m_window = std::make_unique<MainWindow>();
+    m_window->resize(1200, height);
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    WorkProfileHandler* handler = m_window->profileHandler();
+    handler->setDrawVertical(vertical);
+    handler->setControlVisible(ObjectsTableControl, table);
+    QVERIFY(waitForLayout());
+    QCOMPARE(m_window->columnCount(), columns);
+    QCOMPARE(child("objectsTableBox")->isVisible(), table);
+    QCOMPARE(menuAction("&View", "Road &objects")->isChecked(), table);
+    QVERIFY(child("objectsMetaWidget")->isVisible());
+    QCOMPARE(child("objectsMetaWidget")->maximumSize(), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
+    // Where the scheme and the table sit: vertically the scheme stands left of the
+    // controls and the table above them; horizontally the scheme lies across the top
+    // and the table left of the controls.
+    auto at = [this](const char* name) {
+        QWidget* w = child(name);
+        return QRect(w->mapTo(m_window.get(), QPoint(0, 0)), w->size());
+    };
+    const QRect area = at("objectsMetaWidget");
+    const QRect controls = at("controlsWidget");
+    if (vertical)
+        QVERIFY(area.right() < controls.left());
+    else
+        QVERIFY(area.bottom() < controls.top());
+    if (table) {
+        const QRect box = at("objectsTableBox");
+        if (vertical)
+            QVERIFY(box.bottom() < controls.top());
+        else
+            QVERIFY(box.right() < controls.left());
+    }
+}
+
+void tst_MainWindow::hidingBoxesHidesColumns()
+{
+    writeSettings({});
+    m_window = std::make_unique<MainWindow>();
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    WorkProfileHandler* handler = m_window->profileHandler();
+    handler->setDrawVertical(false); // three columns: column 2 holds the limitations
+    QVERIFY(waitForLayout());
+    QCOMPARE(m_window->columnCount(), 3);
+
+    // Through the menu, as the operator does it.
+    QAction* limitations = menuAction("&View", "Configure &limitations");
+    limitations->trigger();
+    QVERIFY(waitForLayout());
+    QVERIFY(!child("column2Widget")->isVisible());
+    QVERIFY(child("column1Widget")->isVisible());
+    QCOMPARE(profileValue("view/controls/5/visible").toBool(), false);
+
+    for (int control : {GeneralInfoControl, SendCommandsControl, FineTuningControl,
+                        SetRadarPositionControl, SaveAndRestartControl})
+        handler->setControlVisible(control, false);
+    QVERIFY(waitForLayout());
+    QVERIFY(!child("controlsWidget")->isVisible());
+    QVERIFY(!child("spacer0Widget")->isVisible());
+
+    handler->setControlVisible(SetRadarPositionControl, true);
+    QVERIFY(waitForLayout());
+    QVERIFY(child("controlsWidget")->isVisible());
+    QVERIFY(child("column3Widget")->isVisible());
+    QVERIFY(!child("column1Widget")->isVisible());
+}
+
+void tst_MainWindow::collapseRoundTripsThroughTheProfile()
+{
+    writeSettings({});
+    m_window = std::make_unique<MainWindow>();
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QVERIFY(waitForLayout());
+    auto* box = m_window->findChild<CollapsibleGroupBox*>("sendCommandsBox");
+    QVERIFY(box && !box->isCollapsed());
+
+    // A click on the title asks the profile, which collapses the box.
+    const QPoint title = box->titleArea().center();
+    QTest::mouseClick(box, Qt::LeftButton, {}, title);
+    QVERIFY(box->isCollapsed());
+    QCOMPARE(profileValue("view/controls/4/collapsed").toBool(), true);
+
+    // Another profile expands it, switching back collapses it again.
+    WorkProfileHandler* handler = m_window->profileHandler();
+    const int second = handler->appendProfile(-1);
+    handler->applyProfile(second);
+    QVERIFY(!box->isCollapsed());
+    handler->applyProfile(0);
+    QVERIFY(box->isCollapsed());
+}
+
+void tst_MainWindow::profileApplicationLaysOutOnce()
+{
+    writeSettings({});
+    m_window = std::make_unique<MainWindow>();
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QVERIFY(waitForLayout());
+
+    // A re-layout starts by hiding and shrinking the scheme area; count how often that
+    // happens while a profile with many changes is applied, and after it.
+    WorkProfileHandler* handler = m_window->profileHandler();
+    const int second = handler->appendProfile(-1);
+    handler->setDrawVertical(false); // the second profile differs from the first
+    QVERIFY(waitForLayout());
+
+    QWidget* area = child("objectsMetaWidget");
+    int shrinksDuringApply = 0;
+    int shrinksAfterApply = 0;
+    bool applying = false;
+    QObject ctx;
+    connect(handler, &WorkProfileHandler::applyingProfileStarted, &ctx, [&] { applying = true; });
+    // The last value of a profile; the window's own handler of the end follows.
+    connect(handler, &WorkProfileHandler::limitationsPresetsChanged, &ctx,
+            [&] { applying = false; });
+    struct Watch : QObject
+    {
+        std::function<void()> onHide;
+        bool eventFilter(QObject*, QEvent* e) override
+        {
+            if (e->type() == QEvent::Hide)
+                onHide();
+            return false;
+        }
+    } watch;
+    watch.onHide = [&] { (applying ? shrinksDuringApply : shrinksAfterApply)++; };
+    area->installEventFilter(&watch);
+
+    handler->applyProfile(second);
+    QVERIFY(waitForLayout());
+    QCOMPARE(shrinksDuringApply, 0);
+    QCOMPARE(shrinksAfterApply, 1);
+    QVERIFY(area->isVisible());
+}
+
+void tst_MainWindow::protocolSwitchReplacesTheClient()
+{
+    writeSettings({});
+    m_window = std::make_unique<MainWindow>();
+    QVERIFY(m_server->waitForClient());
+    QTRY_VERIFY(m_window->radarClient()->isConnected());
+    QPointer<IOrvexClient> old = m_window->radarClient();
+    QSignalSpy texts(m_server.get(), &LoopbackServer::textReceived);
+    const int connections = m_server->connectionCount;
+
+    menuAction("&Protocol", "&1. Serial, type P (SerP)")->trigger();
+    IOrvexClient* replacement = m_window->radarClient();
+    QVERIFY(qobject_cast<OrvexSerialPakorProtocolClient*>(replacement));
+    QVERIFY(old); // deleted later, never at once
+    QTRY_VERIFY(old.isNull());
+    QCOMPARE(profileValue("connection/radar_protocol").toInt(), 1);
+    QVERIFY(menuAction("&Protocol", "&1. Serial, type P (SerP)")->isChecked());
+
+    // The same address again, and the server is told to switch on connecting.
+    QTRY_COMPARE(m_server->connectionCount, connections + 1);
+    QCOMPARE(replacement->serverUrl(), m_server->url());
+    QTRY_COMPARE(texts.count(), 1);
+    QCOMPARE(QJsonDocument::fromJson(texts.last().at(0).toString().toUtf8()).object(),
+             (QJsonObject{{"command", 2}, {"radar_protocol", 1}}));
+
+    // Without forcing nothing is sent.
+    menuAction("&Protocol", "&Force server to change protocol")->trigger();
+    QCOMPARE(profileValue("connection/protocol_forcing").toBool(), false);
+    texts.clear();
+    menuAction("&Protocol", "&0. Serial, type D (SerD)")->trigger();
+    QTRY_COMPARE(m_server->connectionCount, connections + 2);
+    QVERIFY(!texts.wait(300));
+}
+
+void tst_MainWindow::emptyServerAddressIsStored()
+{
+    writeSettings({});
+    m_window = std::make_unique<MainWindow>();
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QVERIFY(m_server->waitForClient());
+
+    // Answer the address dialog with an empty field.
+    QString dialogTitle;
+    QTimer::singleShot(0, this, [&dialogTitle] {
+        auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
+        QVERIFY(dialog);
+        dialogTitle = dialog->windowTitle();
+        dialog->setTextValue(QString());
+        dialog->accept();
+    });
+    menuAction("&Server", "&Choose radar server")->trigger();
+    QCOMPARE(dialogTitle, QString("Radar server — Default profile"));
+    QCOMPARE(profileValue("connection/radar_server_url").toString(), QString());
+    // The old link is gone and no new one can be made.
+    QVERIFY(!m_window->radarClient()->isConnected());
+    QTRY_COMPARE(m_server->client(), nullptr);
+
+    // Cancelling changes nothing.
+    QTimer::singleShot(0, this, [] {
+        if (auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget())) {
+            dialog->setTextValue("ws://somewhere/");
+            dialog->reject();
+        }
+    });
+    menuAction("&Server", "&Choose radar server")->trigger();
+    QCOMPARE(profileValue("connection/radar_server_url").toString(), QString());
+}
+
+void tst_MainWindow::unrequestedHardwareInfoOpensNoMessageBox()
+{
+    writeSettings({});
+    m_window = std::make_unique<MainWindow>();
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QVERIFY(m_server->waitForClient());
+    QTRY_VERIFY(m_window->radarClient()->isConnected());
+
+    // Four hardware-information frames ("SIMRADAR") on the SerD response id.
+    auto infoFrames = [] {
+        QByteArray frames;
+        const QByteArray text("SIMRADAR");
+        for (int f = 0; f < 4; ++f) {
+            quint64 payload = quint16(0x6A + f);
+            for (int i = 0; i < 6 && f * 6 + i < text.size(); ++i)
+                payload |= quint64(quint8(text.at(f * 6 + i))) << (16 + 8 * i);
+            frames += TestRecords::frame(0x500, payload);
+        }
+        return frames;
+    };
+    auto* client = m_window->radarClient();
+    QSignalSpy info(client, &IOrvexClient::hardwareInfo);
+    m_server->sendBinary(infoFrames());
+    QVERIFY(info.wait());
+    // The window's handler is queued: give it its turn, and close a box should one open.
+    bool boxOpened = false;
+    QTimer watcher;
+    connect(&watcher, &QTimer::timeout, this, [&boxOpened] {
+        if (QWidget* modal = QApplication::activeModalWidget()) {
+            boxOpened = true;
+            modal->close();
+        }
+    });
+    watcher.start(20);
+    QVERIFY(!QTest::qWaitFor([&boxOpened] { return boxOpened; }, 300));
+    watcher.stop();
+
+    // Asked for by the operator, the answer shows in a message box, once.
+    m_window->onWindowedCommandRequested(IOrvexClient::CmdGetHardwareInfo);
+    QStringList shown;
+    QTimer closer;
+    connect(&closer, &QTimer::timeout, this, [&shown] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            shown.append(box->windowTitle() + ": " + box->text());
+            box->accept();
+        }
+    });
+    closer.start(20);
+    m_server->sendBinary(infoFrames());
+    QTRY_COMPARE(shown, QStringList{"Hardware info: SIMRADAR"});
+    m_server->sendBinary(infoFrames());
+    QVERIFY(info.wait());
+    QVERIFY(!QTest::qWaitFor([&shown] { return shown.size() > 1; }, 300));
+}
+
+void tst_MainWindow::closingSavesTheProfiles()
+{
+    writeSettings({});
+    m_window = std::make_unique<MainWindow>();
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    m_window->profileHandler()->renameProfile(0, "Night shift");
+    QPointer<IOrvexClient> client = m_window->radarClient();
+    QVERIFY(m_window->close());
+    QVERIFY(!m_window->radarClient());
     QTRY_VERIFY(client.isNull());
+    QFile file(WorkProfileHandler::SettingsFilePath);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QJsonObject saved = QJsonDocument::fromJson(file.readAll()).object();
+    QCOMPARE(saved["profiles"][0]["name"].toString(), QString("Night shift"));
 }
 
 QTEST_MAIN(tst_MainWindow)
