@@ -2,6 +2,7 @@
 
 #include "collapsiblegroupbox.h"
 #include "generalinfowidget.h"
+#include "imitatorobjectwidget.h"
 #include "objectshelper.h"
 #include "objectstablewidget.h"
 #include "orvexcontrol.h"
@@ -9,6 +10,7 @@
 #include "orvexserialpakorprotocolclient.h"
 #include "radarstatewidget.h"
 #include "roadbuilder.h"
+#include "roadobjectswidget.h"
 #include "serverconnectionwidget.h"
 #include "serverpingwidget.h"
 #include "serverprotocolwidget.h"
@@ -187,11 +189,47 @@ void MainWindow::doBuildMenus()
     }
     connect(m_controlsGroup, &QActionGroup::triggered, this,
             &MainWindow::onControlVisibleTriggered);
+
+    // Each tick follows the profile's value, whoever changed it.
+    auto profileToggle = [handler](QMenu* menu, const QString& text, auto setter, auto changed) {
+        QAction* action = menu->addAction(text);
+        action->setCheckable(true);
+        connect(action, &QAction::triggered, handler, setter);
+        connect(handler, changed, action, &QAction::setChecked);
+        return action;
+    };
+    using H = WorkProfileHandler;
+    QMenu* scheme = view->addMenu(tr("&Traffic scheme"));
+    profileToggle(scheme, tr("Draw road &vertical"), &H::setDrawVertical, &H::drawVerticalChanged);
+    profileToggle(scheme, tr("&Keep aspect ratio and object sizes"), &H::setKeepAspectRatio,
+                  &H::keepAspectRatioChanged);
+    scheme->addSeparator();
+    profileToggle(scheme, tr("Draw &current tracks"), &H::setShowCurrentTracksOnScheme,
+                  &H::showCurrentTracksOnSchemeChanged);
+    profileToggle(scheme, tr("Draw &average tracks"), &H::setShowAverageTracksOnScheme,
+                  &H::showAverageTracksOnSchemeChanged);
+    scheme->addSeparator();
+    m_displayModeGroup = new QActionGroup(this);
+    m_displayModeGroup->setExclusive(true);
+    const QStringList modes{tr("&Normal mode"), tr("&Statistical (long exposure) mode"),
+                            tr("&Mixed mode")};
+    for (int mode = 0; mode < modes.size(); ++mode) {
+        QAction* action = scheme->addAction(modes.at(mode));
+        action->setCheckable(true);
+        action->setData(mode);
+        m_displayModeGroup->addAction(action);
+    }
+    connect(m_displayModeGroup, &QActionGroup::triggered, this,
+            &MainWindow::onTracksDisplayModeTriggered);
     view->addSeparator();
     QAction* paint = view->addAction(tr("&Paint objects in different colors"));
     paint->setCheckable(true);
     connect(paint, &QAction::triggered, handler, &WorkProfileHandler::setPaintObjects);
     connect(handler, &WorkProfileHandler::paintObjectsChanged, paint, &QAction::setChecked);
+
+    QMenu* data = bar->addMenu(tr("&Data"));
+    connect(data->addAction(tr("&Reset average tracks")), &QAction::triggered, m_objectsHelper,
+            &ObjectsHelper::resetAverageTracks);
 
     QMenu* server = bar->addMenu(tr("&Server"));
     connect(server->addAction(tr("&Choose radar server")), &QAction::triggered, this,
@@ -219,19 +257,43 @@ void MainWindow::doMakeFixedConnections()
     connect(this, &MainWindow::controlCollapsedChanged, h, &H::setControlCollapsed);
     connect(h, &H::controlVisibleChanged, this, &MainWindow::doSetControlVisible);
     connect(h, &H::controlCollapsedChanged, this, &MainWindow::doSetControlCollapsed);
+    RoadObjectsWidget* scheme = m_ui->roadObjectsWidget;
+    ImitatorObjectWidget* imitator = m_ui->imitatorObjectWidget;
+    using R = RoadObjectsWidget;
     connect(this, &MainWindow::tracksDisplayModeChanged, h, &H::setTracksDisplayMode);
+    connect(h, &H::tracksDisplayModeChanged, scheme, &R::setTracksDisplayMode);
+    connect(h, &H::tracksDisplayModeChanged, this, &MainWindow::doSetTracksDisplayMode);
+    connect(this, &MainWindow::showSightAreaChanged, scheme, &R::setShowSightArea);
     connect(h, &H::drawVerticalChanged, this, &MainWindow::doSetDrawVertical);
+    connect(h, &H::drawVerticalChanged, scheme, &R::setDrawVertical);
+    connect(h, &H::drawVerticalChanged, imitator, &ImitatorObjectWidget::setDrawVertical);
+    connect(h, &H::keepAspectRatioChanged, scheme, &R::setKeepAspectRatio);
+    connect(h, &H::showSightLineChanged, scheme, &R::setShowSightLine);
+    connect(h, &H::showCurrentTracksOnSchemeChanged, scheme, &R::setShowCurrentTracks);
+    connect(h, &H::showAverageTracksOnSchemeChanged, scheme, &R::setShowAverageTracks);
     connect(h, &H::roadConfigChanged, m_roadBuilder, &RoadBuilder::setRoadConfig);
+    connect(h, &H::paintObjectsChanged, scheme, &R::setPaintObjects);
     connect(h, &H::paintObjectsChanged, m_ui->objectsTableWidget,
             &ObjectsTableWidget::setPaintObjects);
     connect(h, &H::applyingProfileFinished, this, &MainWindow::doFinishApplyingProfile);
 
-    connect(m_roadBuilder, &RoadBuilder::applyingRoadStarted, m_objectsHelper,
+    using B = RoadBuilder;
+    connect(m_roadBuilder, &B::applyingRoadStarted, scheme, &R::startApplyingRoad);
+    connect(m_roadBuilder, &B::applyingRoadStarted, m_objectsHelper,
             &ObjectsHelper::startApplyingRoad);
-    connect(m_roadBuilder, &RoadBuilder::laneCenterLines, m_objectsHelper,
+    connect(m_roadBuilder, &B::roadAxisLine, scheme, &R::setRoadAxisLine);
+    connect(m_roadBuilder, &B::laneBorderLines, scheme, &R::setLaneBorderLines);
+    connect(m_roadBuilder, &B::roadBorderLines, scheme, &R::setRoadBorderLines);
+    connect(m_roadBuilder, &B::laneCenterLines, m_objectsHelper,
             &ObjectsHelper::setLaneCenterLines);
-    connect(m_roadBuilder, &RoadBuilder::applyingRoadFinished, m_objectsHelper,
+    connect(m_roadBuilder, &B::distanceLines, scheme, &R::setDistanceLines);
+    connect(m_roadBuilder, &B::roadTanAngles, scheme, &R::setRoadTanAngles);
+    // The view first: the helper's fresh average tracks then meet the new scale.
+    connect(m_roadBuilder, &B::applyingRoadFinished, scheme, &R::finishApplyingRoad);
+    connect(m_roadBuilder, &B::applyingRoadFinished, m_objectsHelper,
             &ObjectsHelper::finishApplyingRoad);
+    connect(m_objectsHelper, &ObjectsHelper::sortingFinished, scheme, &R::finishFilling);
+    connect(m_objectsHelper, &ObjectsHelper::averageTracks, scheme, &R::setAverageTracks);
 }
 
 // --- Radar client -----------------------------------------------------------------------
@@ -271,6 +333,10 @@ void MainWindow::doConnectRadarClient()
     auto* table = m_ui->objectsTableWidget;
     auto* info = m_ui->generalInfoWidget;
     auto* helper = m_objectsHelper;
+    auto* scheme = m_ui->roadObjectsWidget;
+    auto* imitator = m_ui->imitatorObjectWidget;
+    using R = RoadObjectsWidget;
+    using I = ImitatorObjectWidget;
 
     auto toServerWidgets = [&](auto signal, auto ping, auto connection, auto state, auto protocol) {
         connect(c, signal, m_serverPingWidget, ping);
@@ -294,23 +360,31 @@ void MainWindow::doConnectRadarClient()
     connect(c, &C::pingLatency, m_serverPingWidget, &ServerPingWidget::showPingLatency);
 
     connect(c, &C::radarStateChanged, this, &MainWindow::onRadarStateChanged);
+    connect(c, &C::radarStateChanged, scheme, &R::showRadarState);
     connect(c, &C::radarStateChanged, table, &ObjectsTableWidget::showRadarState);
+    connect(c, &C::radarStateChanged, imitator, &I::showRadarState);
     connect(c, &C::radarStateChanged, info, &GeneralInfoWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_serverStateWidget, &ServerStateWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_radarStateWidget, &RadarStateWidget::showRadarState);
     connect(c, &C::radarStateChanged, helper, &ObjectsHelper::setRadarState);
 
+    connect(c, &C::frameStarted, scheme, &R::startFilling);
     connect(c, &C::frameStarted, table, &ObjectsTableWidget::startFilling);
+    connect(c, &C::frameStarted, imitator, &I::startFilling);
     connect(c, &C::frameStarted, info, &GeneralInfoWidget::startFilling);
     connect(c, &C::frameStarted, helper, &ObjectsHelper::startFilling);
+    connect(c, &C::frameDateTimeUtc, scheme, &R::setFrameDateTimeUtc);
     connect(c, &C::frameDateTimeUtc, info, &GeneralInfoWidget::setFrameDateTimeUtc);
     connect(c, &C::frameDateTimeUtc, helper, &ObjectsHelper::setFrameDateTimeUtc);
     connect(c, &C::uptimeInfo, info, &GeneralInfoWidget::showUptimeInfo);
     connect(c, &C::cycleNumber, info, &GeneralInfoWidget::showCycleNumber);
     connect(c, &C::cycleNumber, helper, &ObjectsHelper::setCycleNumber);
+    connect(c, &C::objectData, scheme, &R::addObject);
     connect(c, &C::objectData, table, &ObjectsTableWidget::addObject);
+    connect(c, &C::objectData, imitator, &I::addObject);
     connect(c, &C::objectData, helper, &ObjectsHelper::addObject);
     connect(c, &C::frameFinished, table, &ObjectsTableWidget::finishFilling);
+    connect(c, &C::frameFinished, imitator, &I::finishFilling);
     connect(c, &C::frameFinished, info, &GeneralInfoWidget::finishFilling);
     connect(c, &C::frameFinished, helper, &ObjectsHelper::finishFilling);
 
@@ -320,6 +394,9 @@ void MainWindow::doConnectRadarClient()
     connect(c, &C::firmwareInfo, this, &MainWindow::onFirmwareInfoResult, Qt::QueuedConnection);
     connect(c, &C::imitatorModeChanged, this, &MainWindow::onImitatorModeChanged);
     connect(c, &C::fakeTargetsModeChanged, this, &MainWindow::onFakeTargetsModeChanged);
+    connect(c, &C::radarPosition, scheme, &R::showPosition);
+    connect(c, &C::polygonUsage, scheme, &R::showPolygonUsage);
+    connect(c, &C::polygonPointParam, scheme, &R::showPolygonPointParam);
     connect(c, &C::usedProtocolChanged, m_serverProtocolWidget,
             &ServerProtocolWidget::showServerProtocol);
     connect(c, &C::serverStateChanged, m_serverStateWidget, &ServerStateWidget::showServerState);
@@ -475,6 +552,21 @@ void MainWindow::doFinishApplyingProfile()
     doApplyWindowLayout(TrafficSchemeAreaControl);
 }
 
+void MainWindow::onTracksDisplayModeTriggered(QAction* action)
+{
+    emit tracksDisplayModeChanged(action->data().toInt());
+}
+
+void MainWindow::doSetTracksDisplayMode(int mode)
+{
+    for (QAction* action : m_displayModeGroup->actions()) {
+        if (action->data().toInt() == mode) {
+            action->setChecked(true);
+            return;
+        }
+    }
+}
+
 void MainWindow::onControlVisibleTriggered(QAction* action)
 {
     emit controlVisibleChanged(action->data().toInt(), action->isChecked());
@@ -545,6 +637,7 @@ void MainWindow::doResetWindowLayout(int control)
 {
     if (isLayoutFrozen(control))
         return;
+    m_ui->imitatorObjectWidget->clear();
     m_ui->objectsMetaWidget->hide();
     m_ui->objectsMetaWidget->setMaximumSize(ShrunkAreaSize, ShrunkAreaSize);
     doRearrangeColumns(ColumnsMode::Forced, m_drawVertical, isControlVisible(ObjectsTableControl));
@@ -562,6 +655,7 @@ void MainWindow::doApplyWindowLayout(int control)
     // the columns before the area may grow again.
     QTimer::singleShot(SettleDelayMs, Qt::PreciseTimer, this, [this, vertical, visible0, visible2] {
         doRearrangeColumns(ColumnsMode::Normal, vertical, visible2);
+        m_ui->imitatorObjectWidget->clear();
         m_ui->objectsMetaWidget->setVisible(visible0);
         QTimer::singleShot(SettleDelayMs, Qt::PreciseTimer, this, [this] {
             m_ui->objectsMetaWidget->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);

@@ -62,6 +62,7 @@ public slots:
     void doSetControlVisible(int control, bool visible);
     void doSetControlCollapsed(int control, bool collapsed);
     void doSetDrawVertical(bool drawVertical);
+    void doSetTracksDisplayMode(int mode);
     void doSetProtocolVersion(int version);
     void doSetProtocolForcing(bool forcing);
     void doSetRadarServerUrl(const QString& url);
@@ -69,6 +70,7 @@ public slots:
     // User actions and client results.
     void onProtocolVersionTriggered(QAction* action);
     void onControlVisibleTriggered(QAction* action);
+    void onTracksDisplayModeTriggered(QAction* action);
     void onClientConnected();
     void onRadarStateChanged(int state);
     void onHardwareInfoResult(const QString& info);
@@ -130,4 +132,5 @@ private:
 
     QActionGroup* m_protocolGroup = nullptr;
     QActionGroup* m_controlsGroup = nullptr;
+    QActionGroup* m_displayModeGroup = nullptr;
 };

@@ -24,6 +24,8 @@ public:
     QString text() const;
 
 public slots:
+    // A vertical scheme leaves the display a narrow column: two lines then.
+    void setDrawVertical(bool drawVertical) { setTwoLines(drawVertical); }
     void startFilling();
     void addObject(quint8 id, double xSpeed, double ySpeed, double xRange, double yRange,
                    double length, const QDateTime& lastDetected);

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs the operator's application against the
 # bundled radar server simulator (ws://127.0.0.1:7578/). The simulator stops when the
-# application closes. The settings file is read from and written to the current
-# directory.
+# application closes. The application runs in demo/, whose settings file starts as a
+# copy of demo/demo-settings.json (a four-lane road with a gentle curve) and keeps what
+# the operator changes; the simulator's vehicles drive on the road of that file.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 "$root/scripts/ensure-deps.sh"
@@ -22,7 +23,12 @@ if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
     display=(xvfb-run -a -s "-screen 0 1600x1000x24")
 fi
 
-"$sim" "$@" &
+workdir="$root/demo"
+settings="$workdir/.orvex-road-app-gui_config.json"
+[ -f "$settings" ] || cp "$workdir/demo-settings.json" "$settings"
+cd "$workdir"
+
+"$sim" --road "$settings" "$@" &
 sim_pid=$!
 trap 'kill "$sim_pid" 2>/dev/null || true; wait "$sim_pid" 2>/dev/null || true' EXIT
 "${display[@]}" "$app"

@@ -50,9 +50,14 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "orvex-radar-sim: %s\n", qPrintable(error));
         return 2;
     }
-    const QMap<int, QPolygonF> lanes = SimRoad::laneCentres(road);
-    if (lanes.isEmpty())
-        std::fprintf(stderr, "orvex-radar-sim: the road has no lanes; no vehicles will drive\n");
+    QMap<int, QPolygonF> lanes = SimRoad::laneCentres(road);
+    if (lanes.isEmpty()) {
+        std::fprintf(stderr,
+                     "orvex-radar-sim: the road in %s has no lanes; vehicles drive on "
+                     "the default road\n",
+                     qPrintable(options.roadFile));
+        lanes = SimRoad::laneCentres(SimRoad::defaultConfig());
+    }
 
     SimulatedRadar radar(options, lanes);
     RadarServer server(options, &radar);

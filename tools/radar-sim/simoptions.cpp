@@ -44,8 +44,9 @@ bool SimOptions::parse(const QStringList& arguments, SimOptions& options, QStrin
     const QCommandLineOption vehicles("vehicles", "Vehicles on the road at once (default 8).", "n",
                                       "8");
     const QCommandLineOption road("road",
-                                  "Road configuration (the application's \"road_config\" JSON "
-                                  "object) whose lanes the vehicles follow.",
+                                  "Road whose lanes the vehicles follow: a JSON file holding the "
+                                  "application's \"road_config\" object, or the application's "
+                                  "settings file (the current work profile's road is taken).",
                                   "file");
     const QCommandLineOption seed("seed", "Random seed, for a repeatable run.", "n");
     const QCommandLineOption selfTest(

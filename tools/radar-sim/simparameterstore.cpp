@@ -43,7 +43,7 @@ SimParameterStore::SimParameterStore()
     // Mounted 6.5 m high on the right roadside, looking along the road, tilted down 3 degrees.
     m_position.height = 650;
     m_position.xOffset = 0;
-    m_position.yOffset = -850;
+    m_position.yOffset = -1200;
     m_position.azimuth = 0;
     m_position.altitude = 36000 - 300;
     m_position.roll = 0;

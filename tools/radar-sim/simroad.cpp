@@ -36,6 +36,18 @@ bool SimRoad::load(const QString& path, QJsonObject& config, QString& error)
         return false;
     }
     config = document.object();
+    // A settings file of the application: take the road of its current work profile.
+    if (config.contains(QStringLiteral("profiles"))) {
+        const QJsonArray profiles = config.value(QStringLiteral("profiles")).toArray();
+        const QJsonObject profile
+            = profiles.at(config.value(QStringLiteral("current_id")).toInt()).toObject();
+        config = profile.value(QStringLiteral("view"))
+                     .toObject()
+                     .value(QStringLiteral("traffic_scheme"))
+                     .toObject()
+                     .value(QStringLiteral("road_config"))
+                     .toObject();
+    }
     return true;
 }
 
