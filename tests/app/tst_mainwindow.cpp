@@ -8,6 +8,7 @@
 #include "workprofilehandler.h"
 
 #include <QActionGroup>
+#include <QGroupBox>
 #include <QInputDialog>
 #include <QJsonDocument>
 #include <QMenuBar>
@@ -37,6 +38,7 @@ private slots:
     void protocolSwitchReplacesTheClient();
     void emptyServerAddressIsStored();
     void unrequestedHardwareInfoOpensNoMessageBox();
+    void imitatorModeSwapsTheSchemeForItsSpeed();
     void closingSavesTheProfiles();
 
 private:
@@ -438,6 +440,36 @@ void tst_MainWindow::unrequestedHardwareInfoOpensNoMessageBox()
     m_server->sendBinary(infoFrames());
     QVERIFY(info.wait());
     QVERIFY(!QTest::qWaitFor([&shown] { return shown.size() > 1; }, 300));
+}
+
+void tst_MainWindow::imitatorModeSwapsTheSchemeForItsSpeed()
+{
+    writeSettings({});
+    m_window = std::make_unique<MainWindow>();
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QVERIFY(m_server->waitForClient());
+    QTRY_VERIFY(m_window->radarClient()->isConnected());
+    auto* imitatorBox = m_window->findChild<QGroupBox*>("imitatorObjectBox");
+    auto* schemeBox = m_window->findChild<QGroupBox*>("roadObjectsBox");
+
+    // The radar answers a read of its imitator mode (group 151, parameter 0): type 2.
+    auto imitatorMode = [](quint32 mode) {
+        return TestRecords::frame(0x500, 0x2B1B) + TestRecords::frame(0x500, 0x0002970100002B1C)
+               + TestRecords::frame(0x500, quint64(mode) << 32 | 0x2B1D);
+    };
+    QSignalSpy modes(m_window->radarClient(), &IOrvexClient::imitatorModeChanged);
+    m_server->sendBinary(imitatorMode(2));
+    QVERIFY(modes.wait());
+    QCOMPARE(imitatorBox->title(), QString(" Speed generated with imitator, type 2  "));
+    QTRY_VERIFY(imitatorBox->isVisible());
+    QVERIFY(!schemeBox->isVisible());
+
+    m_server->sendBinary(imitatorMode(0));
+    QVERIFY(modes.wait());
+    QCOMPARE(imitatorBox->title(), QString(" Speed generated with imitator  "));
+    QTRY_VERIFY(schemeBox->isVisible());
+    QVERIFY(!imitatorBox->isVisible());
 }
 
 void tst_MainWindow::closingSavesTheProfiles()

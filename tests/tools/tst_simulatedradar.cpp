@@ -3,6 +3,7 @@
 #include "simulatedtraffic.h"
 
 #include <QSet>
+#include <QTemporaryDir>
 #include <QtTest>
 
 // The simulator's own parts: its command line and the traffic it makes up.
@@ -16,6 +17,8 @@ private slots:
     void sameSeedSameTraffic();
     void idsAreUniqueAndReused();
     void roadWithoutLanesHasNoTraffic();
+    void roadFromFile_data();
+    void roadFromFile();
 };
 
 void tst_SimulatedRadar::options_data()
@@ -121,6 +124,45 @@ void tst_SimulatedRadar::roadWithoutLanesHasNoTraffic()
     traffic.step(0.1);
     QCOMPARE(traffic.laneCount(), 0);
     QVERIFY(traffic.reportedObjects().isEmpty());
+}
+
+void tst_SimulatedRadar::roadFromFile_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<bool>("ok");
+    QTest::addColumn<int>("lanes");
+
+    const QByteArray road = R"({"parts": {"1": {"width": 3.5, "is_lane": true},
+        "-1": {"width": 3.5, "is_lane": true}, "-2": {"width": 3.5, "is_lane": true}},
+        "sections": [{"length": 100}]})";
+    QTest::newRow("a road configuration") << road << true << 3;
+    QTest::newRow("a settings file: the current profile's road")
+        << QByteArray(
+               R"({"current_id": 1, "profiles": [{}, {"view": {"traffic_scheme": {"road_config": )")
+               + road + "}}}]}"
+        << true << 3;
+    QTest::newRow("a settings file without a road")
+        << QByteArray(R"({"profiles": [{}]})") << true << 0;
+    QTest::newRow("not JSON") << QByteArray("road: straight") << false << 0;
+}
+
+void tst_SimulatedRadar::roadFromFile()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(bool, ok);
+    QFETCH(int, lanes);
+    QTemporaryDir dir;
+    QFile file(dir.filePath("road.json"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(content);
+    file.close();
+
+    QJsonObject config;
+    QString error;
+    QCOMPARE(SimRoad::load(file.fileName(), config, error), ok);
+    QCOMPARE(error.isEmpty(), ok);
+    QCOMPARE(SimRoad::laneCentres(config).size(), lanes);
+    QVERIFY(!SimRoad::load(dir.filePath("missing.json"), config, error));
 }
 
 QTEST_GUILESS_MAIN(tst_SimulatedRadar)
