@@ -27,23 +27,6 @@ constexpr quint64 PositionAngleMask = 0xFFFF; // 0 to 360 degrees
 constexpr int PositionReadBackHalfTurn = 18000; // above this the radar means negative
 constexpr int PositionReadBackFullTurn = 36000;
 
-// Parameters addressed by the common command frame: group, parameter number.
-constexpr quint8 DeviceInfoGroup = 0, DeviceInfoParam = 40;
-constexpr int HardwareInfoSelector = 8192, FirmwareInfoSelector = 128;
-constexpr quint8 SelfDiagnosticsGroup = 150;
-constexpr quint8 ImitatorGroup = 151;
-constexpr quint8 FakeTargetsGroup = 0, FakeTargetsParam = 68;
-constexpr quint8 SaveToFlashGroup = 136;
-constexpr quint8 RestartGroup = 129;
-constexpr quint8 SensitivityGroup = 148, SensitivityParam = 4;
-constexpr quint8 FrequencyGroup = 65, FrequencyParam = 36;
-constexpr quint8 PolygonUsageParam = 0;
-constexpr quint8 ReinitPolygonsParam = 1;
-constexpr quint8 CalibrationCommandParam = 0, CalibrationStateParam = 1;
-constexpr quint8 CalibrationApplyParam = 7; // value 0 resets, 1 applies
-constexpr quint8 PositionReadGroup = 0, PositionReadParam = 42;
-constexpr int PositionReadSelector = 2;
-
 quint64 positionDistance(double metres)
 {
     return quint64(std::llround(std::fabs(metres) / PositionStep)) & PositionDistanceMask;
@@ -267,50 +250,51 @@ void IOrvexSerialConnectionClient::doSendCommandMessage(int command, quint8 acce
 
 void IOrvexSerialConnectionClient::sendCmdGetHardwareInfo()
 {
-    doSendCommandMessage(CmdGetHardwareInfo, AccessRead, DeviceInfoGroup, DeviceInfoParam,
-                         HardwareInfoSelector);
+    doSendCommandMessage(CmdGetHardwareInfo, AccessRead, P::DeviceInfoGroup, P::DeviceInfoParam,
+                         P::HardwareInfoSelector);
 }
 
 void IOrvexSerialConnectionClient::sendCmdGetFirmwareInfo()
 {
-    doSendCommandMessage(CmdGetFirmwareInfo, AccessRead, DeviceInfoGroup, DeviceInfoParam,
-                         FirmwareInfoSelector);
+    doSendCommandMessage(CmdGetFirmwareInfo, AccessRead, P::DeviceInfoGroup, P::DeviceInfoParam,
+                         P::FirmwareInfoSelector);
 }
 
 void IOrvexSerialConnectionClient::sendCmdSelfDiagnostics()
 {
-    doSendCommandMessage(CmdSelfDiagnostics, AccessRead, SelfDiagnosticsGroup, 0, 1);
+    doSendCommandMessage(CmdSelfDiagnostics, AccessRead, P::SelfDiagnosticsGroup, 0, 1);
 }
 
 void IOrvexSerialConnectionClient::sendCmdSetImitatorMode(quint8 mode)
 {
-    doSendCommandMessage(CmdSetImitatorMode, AccessWrite8, ImitatorGroup, 0, mode);
+    doSendCommandMessage(CmdSetImitatorMode, AccessWrite8, P::ImitatorGroup, 0, mode);
 }
 
 void IOrvexSerialConnectionClient::sendCmdGetImitatorMode()
 {
-    doSendCommandMessage(CmdGetImitatorMode, AccessRead, ImitatorGroup, 0, 0);
+    doSendCommandMessage(CmdGetImitatorMode, AccessRead, P::ImitatorGroup, 0, 0);
 }
 
 void IOrvexSerialConnectionClient::sendCmdSetFakeTargetsMode(bool enabled)
 {
-    doSendCommandMessage(CmdSetFakeTargetsMode, AccessWrite8, FakeTargetsGroup, FakeTargetsParam,
-                         enabled ? 1 : 0);
+    doSendCommandMessage(CmdSetFakeTargetsMode, AccessWrite8, P::FakeTargetsGroup,
+                         P::FakeTargetsParam, enabled ? 1 : 0);
 }
 
 void IOrvexSerialConnectionClient::sendCmdGetFakeTargetsMode()
 {
-    doSendCommandMessage(CmdGetFakeTargetsMode, AccessRead, FakeTargetsGroup, FakeTargetsParam, 0);
+    doSendCommandMessage(CmdGetFakeTargetsMode, AccessRead, P::FakeTargetsGroup,
+                         P::FakeTargetsParam, 0);
 }
 
 void IOrvexSerialConnectionClient::sendCmdSaveToFlash()
 {
-    doSendCommandMessage(CmdSaveToFlash, AccessWrite, SaveToFlashGroup, 0, 0);
+    doSendCommandMessage(CmdSaveToFlash, AccessWrite, P::SaveToFlashGroup, 0, 0);
 }
 
 void IOrvexSerialConnectionClient::sendCmdRestart()
 {
-    doSendCommandMessage(CmdRestart, AccessWrite, RestartGroup, 0, 0);
+    doSendCommandMessage(CmdRestart, AccessWrite, P::RestartGroup, 0, 0);
 }
 
 void IOrvexSerialConnectionClient::sendCmdSetPosition(double height, double xOffset, double yOffset,
@@ -336,40 +320,42 @@ void IOrvexSerialConnectionClient::sendCmdSetPosition(double height, double xOff
 
 void IOrvexSerialConnectionClient::sendCmdGetPosition()
 {
-    doSendCommandMessage(CmdGetPosition, AccessWrite, PositionReadGroup, PositionReadParam,
-                         PositionReadSelector);
+    doSendCommandMessage(CmdGetPosition, AccessWrite, P::PositionReadGroup, P::PositionReadParam,
+                         P::PositionReadSelector);
 }
 
 void IOrvexSerialConnectionClient::sendCmdSetRadarSensitivity(int value)
 {
-    doSendCommandMessage(CmdSetRadarSensitivity, AccessWrite, SensitivityGroup, SensitivityParam,
-                         value);
+    doSendCommandMessage(CmdSetRadarSensitivity, AccessWrite, P::SensitivityGroup,
+                         P::SensitivityParam, value);
 }
 
 void IOrvexSerialConnectionClient::sendCmdGetRadarSensitivity()
 {
-    doSendCommandMessage(CmdGetRadarSensitivity, AccessRead, SensitivityGroup, SensitivityParam, 0);
+    doSendCommandMessage(CmdGetRadarSensitivity, AccessRead, P::SensitivityGroup,
+                         P::SensitivityParam, 0);
 }
 
 void IOrvexSerialConnectionClient::sendCmdSetFrequencyIndex(int value)
 {
-    doSendCommandMessage(CmdSetFrequencyIndex, AccessWrite, FrequencyGroup, FrequencyParam, value);
+    doSendCommandMessage(CmdSetFrequencyIndex, AccessWrite, P::FrequencyGroup, P::FrequencyParam,
+                         value);
 }
 
 void IOrvexSerialConnectionClient::sendCmdGetFrequencyIndex()
 {
-    doSendCommandMessage(CmdGetFrequencyIndex, AccessRead, FrequencyGroup, FrequencyParam, 0);
+    doSendCommandMessage(CmdGetFrequencyIndex, AccessRead, P::FrequencyGroup, P::FrequencyParam, 0);
 }
 
 void IOrvexSerialConnectionClient::sendCmdSetPolygonUsage(quint8 mask)
 {
-    doSendCommandMessage(CmdSetPolygonUsage, AccessWrite8, P::PolygonGroup, PolygonUsageParam,
+    doSendCommandMessage(CmdSetPolygonUsage, AccessWrite8, P::PolygonGroup, P::PolygonUsageParam,
                          mask);
 }
 
 void IOrvexSerialConnectionClient::sendCmdGetPolygonUsage()
 {
-    doSendCommandMessage(CmdGetPolygonUsage, AccessRead, P::PolygonGroup, PolygonUsageParam, 0);
+    doSendCommandMessage(CmdGetPolygonUsage, AccessRead, P::PolygonGroup, P::PolygonUsageParam, 0);
 }
 
 void IOrvexSerialConnectionClient::sendCmdSetPolygonTreatParam(quint8 polygon, quint8 param,
@@ -421,25 +407,26 @@ void IOrvexSerialConnectionClient::sendCmdGetPolygonPointParam(quint8 polygon, q
 
 void IOrvexSerialConnectionClient::sendCmdReinitPolygons()
 {
-    doSendCommandMessage(CmdReinitPolygons, AccessWrite, P::PolygonGroup, ReinitPolygonsParam, 1);
+    doSendCommandMessage(CmdReinitPolygons, AccessWrite, P::PolygonGroup, P::ReinitPolygonsParam,
+                         1);
 }
 
 void IOrvexSerialConnectionClient::sendCmdSetCalibrationCommand(int command)
 {
     doSendCommandMessage(CmdSetCalibrationCommand, AccessWrite, P::CalibrationGroup,
-                         CalibrationCommandParam, command);
+                         P::CalibrationCommandParam, command);
 }
 
 void IOrvexSerialConnectionClient::sendCmdGetCalibrationCommand()
 {
     doSendCommandMessage(CmdGetCalibrationCommand, AccessRead, P::CalibrationGroup,
-                         CalibrationCommandParam, 0);
+                         P::CalibrationCommandParam, 0);
 }
 
 void IOrvexSerialConnectionClient::sendCmdGetCalibrationState()
 {
     doSendCommandMessage(CmdGetCalibrationState, AccessRead, P::CalibrationGroup,
-                         CalibrationStateParam, 0);
+                         P::CalibrationStateParam, 0);
 }
 
 void IOrvexSerialConnectionClient::sendCmdSetCalibrationLastParam(quint8 param, int value)
@@ -463,13 +450,13 @@ void IOrvexSerialConnectionClient::sendCmdGetCalibrationCurrParam(quint8 param)
 void IOrvexSerialConnectionClient::sendCmdResetCalibrationParams()
 {
     doSendCommandMessage(CmdResetCalibrationParams, AccessWrite, P::CalibrationGroup,
-                         CalibrationApplyParam, 0);
+                         P::CalibrationApplyParam, 0);
 }
 
 void IOrvexSerialConnectionClient::sendCmdApplyCalibrationParams()
 {
     doSendCommandMessage(CmdApplyCalibrationParams, AccessWrite, P::CalibrationGroup,
-                         CalibrationApplyParam, 1);
+                         P::CalibrationApplyParam, 1);
 }
 
 void IOrvexSerialConnectionClient::sendCmdSetDebugVariableValue(quint8 param, int value)
@@ -561,28 +548,28 @@ void IOrvexSerialConnectionClient::doHandleReadParamResponse(const ReadParam0Udt
     quint8 polygon = 0;
     quint8 param = 0;
     switch (read1.groupNo()) {
-    case SelfDiagnosticsGroup:
+    case P::SelfDiagnosticsGroup:
         if (paramNo == 0 && plain)
             doHandleSelfDiagnosticsValue(value);
         break;
-    case ImitatorGroup:
+    case P::ImitatorGroup:
         if (paramNo == 0 && plain)
             doHandleImitatatorModeValue(value);
         break;
-    case FakeTargetsGroup:
-        if (paramNo == FakeTargetsParam && plain)
+    case P::FakeTargetsGroup:
+        if (paramNo == P::FakeTargetsParam && plain)
             doHandleFakeTargetsModeValue(value);
         break;
-    case FrequencyGroup:
-        if (paramNo == FrequencyParam && plain)
+    case P::FrequencyGroup:
+        if (paramNo == P::FrequencyParam && plain)
             doHandleFrequencyIdValue(value);
         break;
-    case SensitivityGroup:
-        if (paramNo == SensitivityParam && plain)
+    case P::SensitivityGroup:
+        if (paramNo == P::SensitivityParam && plain)
             doHandleSensitivityValue(value);
         break;
     case P::PolygonGroup:
-        if (paramNo == PolygonUsageParam && plain)
+        if (paramNo == P::PolygonUsageParam && plain)
             doHandlePolygonUsageValue(value);
         else if (scaled && P::getPolygonSpeedParam(paramNo, polygon, param))
             doHandlePolygonSpeedParamValue(polygon, param, value);
@@ -596,9 +583,9 @@ void IOrvexSerialConnectionClient::doHandleReadParamResponse(const ReadParam0Udt
     case P::CalibrationGroup:
         if (!plain)
             break;
-        if (paramNo == CalibrationCommandParam)
+        if (paramNo == P::CalibrationCommandParam)
             doHandleCalibrationCommandValue(value);
-        else if (paramNo == CalibrationStateParam)
+        else if (paramNo == P::CalibrationStateParam)
             doHandleCalibrationStateValue(value);
         else if (P::getCalibrationLastParam(paramNo, param))
             doHandleCalibrationLastParamValue(param, value);

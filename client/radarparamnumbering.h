@@ -8,10 +8,25 @@
 class RadarParamNumbering
 {
 public:
-    // Parameter groups of the radar.
+    // Parameter groups of the radar and the parameters it treats specially.
+    static constexpr quint8 DeviceInfoGroup = 0, DeviceInfoParam = 40;
+    static constexpr qint32 HardwareInfoSelector = 8192; // the value names the text wanted
+    static constexpr qint32 FirmwareInfoSelector = 128;
+    static constexpr quint8 FakeTargetsGroup = 0, FakeTargetsParam = 68;
+    static constexpr quint8 PositionReadGroup = 0, PositionReadParam = 42;
+    static constexpr qint32 PositionReadSelector = 2;
+    static constexpr quint8 FrequencyGroup = 65, FrequencyParam = 36;
     static constexpr quint8 PolygonGroup = 70; // usage, treat and speed parameters
+    static constexpr quint8 PolygonUsageParam = 0, ReinitPolygonsParam = 1;
     static constexpr quint8 PolygonPointGroup = 71; // vertex coordinates
+    static constexpr quint8 RestartGroup = 129;
+    static constexpr quint8 SaveToFlashGroup = 136;
+    static constexpr quint8 SensitivityGroup = 148, SensitivityParam = 4;
+    static constexpr quint8 SelfDiagnosticsGroup = 150;
+    static constexpr quint8 ImitatorGroup = 151;
     static constexpr quint8 CalibrationGroup = 254;
+    static constexpr quint8 CalibrationCommandParam = 0, CalibrationStateParam = 1;
+    static constexpr quint8 CalibrationApplyParam = 7; // value 0 resets, 1 applies
     static constexpr quint8 DebugVariableGroup = 255;
 
     static constexpr int PolygonCount = 8;

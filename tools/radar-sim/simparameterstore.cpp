@@ -10,11 +10,11 @@ constexpr double Scale = 1000000.0; // polygon speeds and coordinates in million
 SimParameterStore::SimParameterStore()
 {
     // Factory settings of a freshly installed radar.
-    setValue(65, 36, 2); // frequency index
-    setValue(148, 4, 7); // sensitivity
-    setValue(151, 0, 0); // imitator off
-    setValue(0, 68, 0); // demo objects off
-    setValue(P::PolygonGroup, 0, 0); // no limitation area in use
+    setValue(P::FrequencyGroup, P::FrequencyParam, 2);
+    setValue(P::SensitivityGroup, P::SensitivityParam, 7);
+    setValue(P::ImitatorGroup, 0, 0); // imitator off
+    setValue(P::FakeTargetsGroup, P::FakeTargetsParam, 0); // demo objects off
+    setValue(P::PolygonGroup, P::PolygonUsageParam, 0); // no limitation area in use
 
     // Limitation area 0: a rectangle 5-100 m ahead, 10 m either side, 1-100 m/s along
     // the road and up to 10 m/s across it.
@@ -33,8 +33,8 @@ SimParameterStore::SimParameterStore()
     }
 
     // Calibration: idle, with the factory's last parameters.
-    setValue(P::CalibrationGroup, 0, 0);
-    setValue(P::CalibrationGroup, 1, 0);
+    setValue(P::CalibrationGroup, P::CalibrationCommandParam, 0);
+    setValue(P::CalibrationGroup, P::CalibrationStateParam, 0);
     for (quint8 k = 0; k < P::CalibrationParamCount; ++k) {
         setValue(P::CalibrationGroup, quint8(P::calibrationLastParamNo(k)), 100 + k);
         setValue(P::CalibrationGroup, quint8(P::calibrationCurrParamNo(k)), 100 + k);

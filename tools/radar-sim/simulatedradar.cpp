@@ -13,16 +13,6 @@ namespace {
 
 using P = RadarParamNumbering;
 
-// Parameters the radar treats specially (group, number).
-constexpr quint8 DeviceInfoGroup = 0, DeviceInfoParam = 40;
-constexpr qint32 HardwareInfoSelector = 8192, FirmwareInfoSelector = 128;
-constexpr quint8 PositionReadGroup = 0, PositionReadParam = 42;
-constexpr quint8 SelfDiagnosticsGroup = 150;
-constexpr quint8 ImitatorGroup = 151;
-constexpr quint8 FakeTargetsGroup = 0, FakeTargetsParam = 68;
-constexpr quint8 RestartGroup = 129;
-constexpr quint8 SaveToFlashGroup = 136;
-
 // The imitator feeds the radar one synthetic target at a fixed speed.
 constexpr double ImitatorRange = 40.0;
 constexpr double ImitatorSpeed[] = {0.0, -15.0, 25.0}; // m/s for type 1 and 2: 54 and 90 km/h
@@ -126,14 +116,14 @@ void SimulatedRadar::doCycle()
 QVector<SimulatedTraffic::Object> SimulatedRadar::objectsThisCycle()
 {
     QVector<SimulatedTraffic::Object> objects;
-    const int imitator = m_params.value(ImitatorGroup, 0);
+    const int imitator = m_params.value(P::ImitatorGroup, 0);
     if (imitator == 1 || imitator == 2) {
         // The imitator replaces what the antenna sees by its one generated target.
         objects.append({0, ImitatorRange, 0.0, ImitatorSpeed[imitator], 0.0, 4.4});
     } else {
         objects = m_traffic.reportedObjects();
     }
-    if (m_params.value(FakeTargetsGroup, FakeTargetsParam) != 0) {
+    if (m_params.value(P::FakeTargetsGroup, P::FakeTargetsParam) != 0) {
         // Demo objects: four targets circling slowly beside the road.
         for (int k = 0; k < 4; ++k) {
             const double angle = 0.3 * m_time + k * M_PI / 2;
@@ -203,15 +193,15 @@ bool SimulatedRadar::acknowledge(const QString& what)
 void SimulatedRadar::execute(const RadarFrameEncoder::Command& c)
 {
     if (isRead(c.accessCode)) {
-        if (c.groupNo == DeviceInfoGroup && c.paramNo == DeviceInfoParam
-            && c.value == HardwareInfoSelector) {
+        if (c.groupNo == P::DeviceInfoGroup && c.paramNo == P::DeviceInfoParam
+            && c.value == P::HardwareInfoSelector) {
             respond(RadarFrameEncoder::deviceInfoResponse(
                 RadarDevInfoUdtPayload::HardwareInfoFirstKey, HardwareInfo));
-        } else if (c.groupNo == DeviceInfoGroup && c.paramNo == DeviceInfoParam
-                   && c.value == FirmwareInfoSelector) {
+        } else if (c.groupNo == P::DeviceInfoGroup && c.paramNo == P::DeviceInfoParam
+                   && c.value == P::FirmwareInfoSelector) {
             respond(RadarFrameEncoder::deviceInfoResponse(
                 RadarDevInfoUdtPayload::FirmwareInfoFirstKey, FirmwareInfo));
-        } else if (c.groupNo == SelfDiagnosticsGroup && c.paramNo == 0) {
+        } else if (c.groupNo == P::SelfDiagnosticsGroup && c.paramNo == 0) {
             respond(RadarFrameEncoder::readParamResponse(c, true, m_options.selfTestWord));
         } else {
             respond(RadarFrameEncoder::readParamResponse(c, m_params.contains(c.groupNo, c.paramNo),
@@ -220,12 +210,12 @@ void SimulatedRadar::execute(const RadarFrameEncoder::Command& c)
         return;
     }
 
-    if (c.groupNo == RestartGroup) {
+    if (c.groupNo == P::RestartGroup) {
         m_restartPending = true;
-    } else if (c.groupNo == SaveToFlashGroup) {
+    } else if (c.groupNo == P::SaveToFlashGroup) {
         m_params.saveToFlash();
         emit logLine(QStringLiteral("parameters saved to flash"));
-    } else if (c.groupNo == PositionReadGroup && c.paramNo == PositionReadParam) {
+    } else if (c.groupNo == P::PositionReadGroup && c.paramNo == P::PositionReadParam) {
         respond(RadarFrameEncoder::radarSetupResponse(m_params.position()));
     } else if (c.groupNo == P::PolygonGroup && c.paramNo == 1) {
         emit logLine(QStringLiteral("limitation areas taken into use"));
