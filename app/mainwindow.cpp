@@ -10,6 +10,7 @@
 #include "orvexserialpakorprotocolclient.h"
 #include "radarstatewidget.h"
 #include "roadbuilder.h"
+#include "roadconfigwidget.h"
 #include "roadobjectswidget.h"
 #include "serverconnectionwidget.h"
 #include "serverpingwidget.h"
@@ -51,6 +52,7 @@ MainWindow::MainWindow(QWidget* parent)
     , m_roadBuilder(new RoadBuilder(this))
     , m_objectsHelper(new ObjectsHelper(this))
     , m_profileWidget(new WorkProfileWidget(this, Qt::Window))
+    , m_roadConfigWidget(new RoadConfigWidget(this, Qt::Window))
     , m_serverPingWidget(new ServerPingWidget(this))
     , m_serverConnectionWidget(new ServerConnectionWidget(this))
     , m_serverStateWidget(new ServerStateWidget(this))
@@ -221,6 +223,9 @@ void MainWindow::doBuildMenus()
     }
     connect(m_displayModeGroup, &QActionGroup::triggered, this,
             &MainWindow::onTracksDisplayModeTriggered);
+    scheme->addSeparator();
+    connect(scheme->addAction(tr("Customize &traffic scheme")), &QAction::triggered, this,
+            &MainWindow::onConfigureRoadTriggered);
     view->addSeparator();
     QAction* paint = view->addAction(tr("&Paint objects in different colors"));
     paint->setCheckable(true);
@@ -271,7 +276,9 @@ void MainWindow::doMakeFixedConnections()
     connect(h, &H::showSightLineChanged, scheme, &R::setShowSightLine);
     connect(h, &H::showCurrentTracksOnSchemeChanged, scheme, &R::setShowCurrentTracks);
     connect(h, &H::showAverageTracksOnSchemeChanged, scheme, &R::setShowAverageTracks);
+    connect(m_roadConfigWidget, &RoadConfigWidget::roadConfigChanged, h, &H::setRoadConfig);
     connect(h, &H::roadConfigChanged, m_roadBuilder, &RoadBuilder::setRoadConfig);
+    connect(h, &H::roadConfigChanged, m_roadConfigWidget, &RoadConfigWidget::setRoadConfig);
     connect(h, &H::paintObjectsChanged, scheme, &R::setPaintObjects);
     connect(h, &H::paintObjectsChanged, m_ui->objectsTableWidget,
             &ObjectsTableWidget::setPaintObjects);
@@ -529,6 +536,12 @@ void MainWindow::onAboutProgramTriggered()
     QMessageBox::information(this, tr("About this program"), text);
 }
 
+void MainWindow::onConfigureRoadTriggered()
+{
+    m_roadConfigWidget->showStandalone(true, this,
+                                       windowTitleFor(tr("Traffic scheme customization")));
+}
+
 void MainWindow::onSwitchProfileTriggered()
 {
     m_profileWidget->showStandalone(true, this, tr("Switch work profile"));
@@ -653,12 +666,14 @@ void MainWindow::doApplyWindowLayout(int control)
     doSetControlsSizePolicy(vertical, visible0, visible2);
     // Let the shrunk, hidden scheme area settle before the columns are chosen, and
     // the columns before the area may grow again.
+    ++m_pendingLayouts;
     QTimer::singleShot(SettleDelayMs, Qt::PreciseTimer, this, [this, vertical, visible0, visible2] {
         doRearrangeColumns(ColumnsMode::Normal, vertical, visible2);
         m_ui->imitatorObjectWidget->clear();
         m_ui->objectsMetaWidget->setVisible(visible0);
         QTimer::singleShot(SettleDelayMs, Qt::PreciseTimer, this, [this] {
             m_ui->objectsMetaWidget->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+            --m_pendingLayouts;
         });
     });
 }

@@ -11,6 +11,7 @@ class QActionGroup;
 class QMenu;
 class RadarStateWidget;
 class RoadBuilder;
+class RoadConfigWidget;
 class ServerConnectionWidget;
 class ServerPingWidget;
 class ServerProtocolWidget;
@@ -41,9 +42,12 @@ public:
     IOrvexClient* radarClient() const { return m_radarClient; }
     WorkProfileHandler* profileHandler() const;
     WorkProfileWidget* profileWidget() const { return m_profileWidget; }
+    RoadConfigWidget* roadConfigWidget() const { return m_roadConfigWidget; }
     // The widget that shows a control, or null for a number without one.
     QWidget* controlWidget(int control) const { return m_controls.value(control); }
     int columnCount() const { return m_columnCount; }
+    // Whether a re-layout still has steps to take (they follow each other 1 ms apart).
+    bool isLayoutPending() const { return m_pendingLayouts > 0; }
 
 signals:
     void protocolVersionChanged(int version);
@@ -81,6 +85,7 @@ public slots:
     void onChooseRadarServerTriggered();
     void onAboutProgramTriggered();
     void onSwitchProfileTriggered();
+    void onConfigureRoadTriggered();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -111,10 +116,12 @@ private:
     QMap<int, QWidget*> m_controls;
     QMap<int, bool> m_controlVisible; // the last requested visibility of each control
     int m_columnCount = 0;
+    int m_pendingLayouts = 0;
 
     RoadBuilder* m_roadBuilder = nullptr;
     ObjectsHelper* m_objectsHelper = nullptr;
     WorkProfileWidget* m_profileWidget = nullptr;
+    RoadConfigWidget* m_roadConfigWidget = nullptr;
     ServerPingWidget* m_serverPingWidget = nullptr;
     ServerConnectionWidget* m_serverConnectionWidget = nullptr;
     ServerStateWidget* m_serverStateWidget = nullptr;
