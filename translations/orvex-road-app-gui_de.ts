@@ -21,6 +21,17 @@
     </message>
 </context>
 <context>
+    <name>ImitatorObjectWidget</name>
+    <message>
+        <source>km/h</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no data</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
         <source>Dunvel Orvex Road App</source>
@@ -182,6 +193,54 @@
         <source>Switch work profile</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>&amp;Traffic scheme</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Draw road &amp;vertical</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Keep aspect ratio and object sizes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Draw &amp;current tracks</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Draw &amp;average tracks</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Normal mode</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Statistical (long exposure) mode</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Mixed mode</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Customize &amp;traffic scheme</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Data</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Reset average tracks</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Traffic scheme customization</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>ObjectsTableWidget</name>
@@ -230,6 +289,124 @@
     </message>
     <message>
         <source>[Radar is working]</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>RoadConfigWidget</name>
+    <message>
+        <source>Traffic scheme customization</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> Road parts</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Append a lane on the left side of the road</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove the outermost lane on the left side of the road</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>‒</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Width, m</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Append a lane on the right side of the road</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove the outermost lane on the right side of the road</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> Road axis *</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Y offset, m</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>* Road axis is a virtual line in the middle of the median strip.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> Road sections</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Radius, m</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Length, m **</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Append a section at the end of the road</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove the last section of the road</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>** Sections are measured along the road axis.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Median strip</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Lane</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Roadside</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Section</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>straight</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>left curve</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>right curve</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>All unsaved data will be lost. Continue?</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>RoadObjectsWidget</name>
+    <message>
+        <source>%1 km/h</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
