@@ -5,30 +5,30 @@
     <name>GeneralInfoWidget</name>
     <message>
         <source>Internal time (uptime)</source>
-        <translation type="unfinished"></translation>
+        <translation>Interne Zeit (Betriebszeit)</translation>
     </message>
     <message>
         <source>Measure cycle number</source>
-        <translation type="unfinished"></translation>
+        <translation>Messzyklusnummer</translation>
     </message>
     <message>
         <source>%1 day(s) %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 Tag(e) %2</translation>
     </message>
     <message>
         <source> (%1 c/s)</source>
-        <translation type="unfinished"></translation>
+        <translation> (%1 Zyklen/s)</translation>
     </message>
 </context>
 <context>
     <name>ImitatorObjectWidget</name>
     <message>
         <source>km/h</source>
-        <translation type="unfinished"></translation>
+        <translation>km/h</translation>
     </message>
     <message>
         <source>no data</source>
-        <translation type="unfinished"></translation>
+        <translation>keine Daten</translation>
     </message>
 </context>
 <context>
@@ -39,481 +39,481 @@
     </message>
     <message>
         <source> Traffic scheme  </source>
-        <translation type="unfinished"></translation>
+        <translation> Verkehrsschema  </translation>
     </message>
     <message>
         <source> Road objects  </source>
-        <translation type="unfinished"></translation>
+        <translation> Straßenobjekte  </translation>
     </message>
     <message>
         <source>Send commands  </source>
-        <translation type="unfinished"></translation>
+        <translation>Befehle senden  </translation>
     </message>
     <message>
         <source>Configure limitations  </source>
-        <translation type="unfinished"></translation>
+        <translation>Begrenzungen konfigurieren  </translation>
     </message>
     <message>
         <source>Set radar position  </source>
-        <translation type="unfinished"></translation>
+        <translation>Radarposition festlegen  </translation>
     </message>
     <message>
         <source>Fine tuning  </source>
-        <translation type="unfinished"></translation>
+        <translation>Feinabstimmung  </translation>
     </message>
     <message>
         <source>Save params and restart  </source>
-        <translation type="unfinished"></translation>
+        <translation>Parameter speichern und neu starten  </translation>
     </message>
     <message>
         <source>General info  </source>
-        <translation type="unfinished"></translation>
+        <translation>Allgemeine Informationen  </translation>
     </message>
     <message>
         <source>&amp;File</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Datei</translation>
     </message>
     <message>
         <source>&amp;Switch work profile</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Arbeitsprofil wechseln</translation>
     </message>
     <message>
         <source>&amp;Exit</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Beenden</translation>
     </message>
     <message>
         <source>&amp;Protocol</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Protokoll</translation>
     </message>
     <message>
         <source>&amp;0. Serial, type D (SerD)</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;0. Seriell, Typ D (SerD)</translation>
     </message>
     <message>
         <source>&amp;1. Serial, type P (SerP)</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;1. Seriell, Typ P (SerP)</translation>
     </message>
     <message>
         <source>&amp;Force server to change protocol</source>
-        <translation type="unfinished"></translation>
+        <translation>Protokollwechsel am Server &amp;erzwingen</translation>
     </message>
     <message>
         <source>&amp;View</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Ansicht</translation>
     </message>
     <message>
         <source>Visible &amp;controls</source>
-        <translation type="unfinished"></translation>
+        <translation>Sichtbare &amp;Bedienelemente</translation>
     </message>
     <message>
         <source>Traffic &amp;scheme / Speed generated with imitator</source>
-        <translation type="unfinished"></translation>
+        <translation>Verkehrs&amp;schema / Vom Imitator erzeugte Geschwindigkeit</translation>
     </message>
     <message>
         <source>Road &amp;objects</source>
-        <translation type="unfinished"></translation>
+        <translation>Straßen&amp;objekte</translation>
     </message>
     <message>
         <source>&amp;General info</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Allgemeine Informationen</translation>
     </message>
     <message>
         <source>Send &amp;commands</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Befehle senden</translation>
     </message>
     <message>
         <source>Configure &amp;limitations</source>
-        <translation type="unfinished"></translation>
+        <translation>Be&amp;grenzungen konfigurieren</translation>
     </message>
     <message>
         <source>Fine &amp;tuning</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Feinabstimmung</translation>
     </message>
     <message>
         <source>Set &amp;radar position</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Radarposition festlegen</translation>
     </message>
     <message>
         <source>Save &amp;params and restart</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Parameter speichern und neu starten</translation>
     </message>
     <message>
         <source>&amp;Paint objects in different colors</source>
-        <translation type="unfinished"></translation>
+        <translation>Objekte in verschiedenen &amp;Farben darstellen</translation>
     </message>
     <message>
         <source>&amp;Server</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Server</translation>
     </message>
     <message>
         <source>&amp;Choose radar server</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Radarserver auswählen</translation>
     </message>
     <message>
         <source>&amp;Help</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Hilfe</translation>
     </message>
     <message>
         <source>&amp;About this program</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Über dieses Programm</translation>
     </message>
     <message>
         <source>Hardware info</source>
-        <translation type="unfinished"></translation>
+        <translation>Hardware-Informationen</translation>
     </message>
     <message>
         <source>Firmware info</source>
-        <translation type="unfinished"></translation>
+        <translation>Firmware-Informationen</translation>
     </message>
     <message>
         <source> Speed generated with imitator</source>
-        <translation type="unfinished"></translation>
+        <translation> Vom Imitator erzeugte Geschwindigkeit</translation>
     </message>
     <message>
         <source>, type 1</source>
-        <translation type="unfinished"></translation>
+        <translation>, Typ 1</translation>
     </message>
     <message>
         <source>, type 2</source>
-        <translation type="unfinished"></translation>
+        <translation>, Typ 2</translation>
     </message>
     <message>
         <source>Radar server</source>
-        <translation type="unfinished"></translation>
+        <translation>Radarserver</translation>
     </message>
     <message>
         <source>Enter new server URL</source>
-        <translation type="unfinished"></translation>
+        <translation>Neue Server-URL eingeben</translation>
     </message>
     <message>
         <source>About this program</source>
-        <translation type="unfinished"></translation>
+        <translation>Über dieses Programm</translation>
     </message>
     <message>
         <source>Switch work profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Arbeitsprofil wechseln</translation>
     </message>
     <message>
         <source>&amp;Traffic scheme</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Verkehrsschema</translation>
     </message>
     <message>
         <source>Draw road &amp;vertical</source>
-        <translation type="unfinished"></translation>
+        <translation>Straße &amp;vertikal darstellen</translation>
     </message>
     <message>
         <source>&amp;Keep aspect ratio and object sizes</source>
-        <translation type="unfinished"></translation>
+        <translation>Seitenverhältnis und Objektgrößen &amp;beibehalten</translation>
     </message>
     <message>
         <source>Draw &amp;current tracks</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Aktuelle Tracks anzeigen</translation>
     </message>
     <message>
         <source>Draw &amp;average tracks</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Gemittelte Tracks anzeigen</translation>
     </message>
     <message>
         <source>&amp;Normal mode</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Normalmodus</translation>
     </message>
     <message>
         <source>&amp;Statistical (long exposure) mode</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Statistikmodus (Langzeitbelichtung)</translation>
     </message>
     <message>
         <source>&amp;Mixed mode</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Mischmodus</translation>
     </message>
     <message>
         <source>Customize &amp;traffic scheme</source>
-        <translation type="unfinished"></translation>
+        <translation>Verkehrsschema an&amp;passen</translation>
     </message>
     <message>
         <source>&amp;Data</source>
-        <translation type="unfinished"></translation>
+        <translation>Da&amp;ten</translation>
     </message>
     <message>
         <source>&amp;Reset average tracks</source>
-        <translation type="unfinished"></translation>
+        <translation>Gemittelte Tracks &amp;zurücksetzen</translation>
     </message>
     <message>
         <source>Traffic scheme customization</source>
-        <translation type="unfinished"></translation>
+        <translation>Anpassung des Verkehrsschemas</translation>
     </message>
 </context>
 <context>
     <name>ObjectsTableWidget</name>
     <message>
         <source>id</source>
-        <translation type="unfinished"></translation>
+        <translation>ID</translation>
     </message>
     <message>
         <source>X speed, km/h</source>
-        <translation type="unfinished"></translation>
+        <translation>X-Geschw., km/h</translation>
     </message>
     <message>
         <source>Y speed, km/h</source>
-        <translation type="unfinished"></translation>
+        <translation>Y-Geschw., km/h</translation>
     </message>
     <message>
         <source>X range, m</source>
-        <translation type="unfinished"></translation>
+        <translation>X-Abstand, m</translation>
     </message>
     <message>
         <source>Y range, m</source>
-        <translation type="unfinished"></translation>
+        <translation>Y-Abstand, m</translation>
     </message>
     <message>
         <source>Length, m</source>
-        <translation type="unfinished"></translation>
+        <translation>Länge, m</translation>
     </message>
     <message>
         <source>Updated</source>
-        <translation type="unfinished"></translation>
+        <translation>Aktualisiert</translation>
     </message>
 </context>
 <context>
     <name>RadarStateWidget</name>
     <message>
         <source>[Wrong messages. Check selected protocol]</source>
-        <translation type="unfinished"></translation>
+        <translation>[Ungültige Nachrichten. Gewähltes Protokoll prüfen]</translation>
     </message>
     <message>
         <source>[No messages from radar]</source>
-        <translation type="unfinished"></translation>
+        <translation>[Keine Nachrichten vom Radar]</translation>
     </message>
     <message>
         <source>[Radar is busy now]</source>
-        <translation type="unfinished"></translation>
+        <translation>[Radar ist beschäftigt]</translation>
     </message>
     <message>
         <source>[Radar is working]</source>
-        <translation type="unfinished"></translation>
+        <translation>[Radar in Betrieb]</translation>
     </message>
 </context>
 <context>
     <name>RoadConfigWidget</name>
     <message>
         <source>Traffic scheme customization</source>
-        <translation type="unfinished"></translation>
+        <translation>Anpassung des Verkehrsschemas</translation>
     </message>
     <message>
         <source> Road parts</source>
-        <translation type="unfinished"></translation>
+        <translation> Straßenteile</translation>
     </message>
     <message>
         <source>Append a lane on the left side of the road</source>
-        <translation type="unfinished"></translation>
+        <translation>Fahrstreifen auf der linken Straßenseite hinzufügen</translation>
     </message>
     <message>
         <source>+</source>
-        <translation type="unfinished"></translation>
+        <translation>+</translation>
     </message>
     <message>
         <source>Remove the outermost lane on the left side of the road</source>
-        <translation type="unfinished"></translation>
+        <translation>Äußersten Fahrstreifen auf der linken Straßenseite entfernen</translation>
     </message>
     <message>
         <source>‒</source>
-        <translation type="unfinished"></translation>
+        <translation>‒</translation>
     </message>
     <message>
         <source>Width, m</source>
-        <translation type="unfinished"></translation>
+        <translation>Breite, m</translation>
     </message>
     <message>
         <source>Append a lane on the right side of the road</source>
-        <translation type="unfinished"></translation>
+        <translation>Fahrstreifen auf der rechten Straßenseite hinzufügen</translation>
     </message>
     <message>
         <source>Remove the outermost lane on the right side of the road</source>
-        <translation type="unfinished"></translation>
+        <translation>Äußersten Fahrstreifen auf der rechten Straßenseite entfernen</translation>
     </message>
     <message>
         <source> Road axis *</source>
-        <translation type="unfinished"></translation>
+        <translation> Straßenachse *</translation>
     </message>
     <message>
         <source>Y offset, m</source>
-        <translation type="unfinished"></translation>
+        <translation>Y-Versatz, m</translation>
     </message>
     <message>
         <source>* Road axis is a virtual line in the middle of the median strip.</source>
-        <translation type="unfinished"></translation>
+        <translation>* Die Straßenachse ist eine gedachte Linie in der Mitte des Mittelstreifens.</translation>
     </message>
     <message>
         <source> Road sections</source>
-        <translation type="unfinished"></translation>
+        <translation> Straßenabschnitte</translation>
     </message>
     <message>
         <source>Radius, m</source>
-        <translation type="unfinished"></translation>
+        <translation>Radius, m</translation>
     </message>
     <message>
         <source>Length, m **</source>
-        <translation type="unfinished"></translation>
+        <translation>Länge, m **</translation>
     </message>
     <message>
         <source>Append a section at the end of the road</source>
-        <translation type="unfinished"></translation>
+        <translation>Abschnitt am Ende der Straße hinzufügen</translation>
     </message>
     <message>
         <source>Remove the last section of the road</source>
-        <translation type="unfinished"></translation>
+        <translation>Letzten Abschnitt der Straße entfernen</translation>
     </message>
     <message>
         <source>** Sections are measured along the road axis.</source>
-        <translation type="unfinished"></translation>
+        <translation>** Abschnitte werden entlang der Straßenachse gemessen.</translation>
     </message>
     <message>
         <source>Median strip</source>
-        <translation type="unfinished"></translation>
+        <translation>Mittelstreifen</translation>
     </message>
     <message>
         <source>Lane</source>
-        <translation type="unfinished"></translation>
+        <translation>Fahrstreifen</translation>
     </message>
     <message>
         <source>Roadside</source>
-        <translation type="unfinished"></translation>
+        <translation>Straßenrand</translation>
     </message>
     <message>
         <source>Section</source>
-        <translation type="unfinished"></translation>
+        <translation>Abschnitt</translation>
     </message>
     <message>
         <source>straight</source>
-        <translation type="unfinished"></translation>
+        <translation>gerade</translation>
     </message>
     <message>
         <source>left curve</source>
-        <translation type="unfinished"></translation>
+        <translation>Linkskurve</translation>
     </message>
     <message>
         <source>right curve</source>
-        <translation type="unfinished"></translation>
+        <translation>Rechtskurve</translation>
     </message>
     <message>
         <source>Warning</source>
-        <translation type="unfinished"></translation>
+        <translation>Warnung</translation>
     </message>
     <message>
         <source>All unsaved data will be lost. Continue?</source>
-        <translation type="unfinished"></translation>
+        <translation>Alle ungespeicherten Daten gehen verloren. Fortfahren?</translation>
     </message>
 </context>
 <context>
     <name>RoadObjectsWidget</name>
     <message>
         <source>%1 km/h</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 km/h</translation>
     </message>
 </context>
 <context>
     <name>ServerConnectionWidget</name>
     <message>
         <source>[Connecting to %1]</source>
-        <translation type="unfinished"></translation>
+        <translation>[Verbindung mit %1 wird hergestellt]</translation>
     </message>
     <message>
         <source>[Connected to %1]</source>
-        <translation type="unfinished"></translation>
+        <translation>[Verbunden mit %1]</translation>
     </message>
     <message>
         <source>[No connection to %1]</source>
-        <translation type="unfinished"></translation>
+        <translation>[Keine Verbindung mit %1]</translation>
     </message>
     <message>
         <source>[Disconnected from %1]</source>
-        <translation type="unfinished"></translation>
+        <translation>[Getrennt von %1]</translation>
     </message>
 </context>
 <context>
     <name>ServerPingWidget</name>
     <message>
         <source>[Ping timeout: %1 ms]</source>
-        <translation type="unfinished"></translation>
+        <translation>[Ping-Timeout: %1 ms]</translation>
     </message>
 </context>
 <context>
     <name>ServerProtocolWidget</name>
     <message>
         <source>[SerD]</source>
-        <translation type="unfinished"></translation>
+        <translation>[SerD]</translation>
     </message>
     <message>
         <source>[SerP]</source>
-        <translation type="unfinished"></translation>
+        <translation>[SerP]</translation>
     </message>
 </context>
 <context>
     <name>ServerStateWidget</name>
     <message>
         <source>[Connecting to RSPS]</source>
-        <translation type="unfinished"></translation>
+        <translation>[Verbindung mit RSPS wird hergestellt]</translation>
     </message>
     <message>
         <source>[Opening %1]</source>
-        <translation type="unfinished"></translation>
+        <translation>[%1 wird geöffnet]</translation>
     </message>
     <message>
         <source>[Testing %1]</source>
-        <translation type="unfinished"></translation>
+        <translation>[%1 wird getestet]</translation>
     </message>
     <message>
         <source>[%w %1]</source>
-        <translation type="unfinished"></translation>
+        <translation>[%w %1]</translation>
     </message>
     <message>
         <source>Working on</source>
-        <translation type="unfinished"></translation>
+        <translation>Aktiv an</translation>
     </message>
     <message>
         <source>%1 on</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 an</translation>
     </message>
 </context>
 <context>
     <name>WorkProfileHandler</name>
     <message>
         <source>Default profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Standardprofil</translation>
     </message>
     <message>
         <source> (copy)</source>
-        <translation type="unfinished"></translation>
+        <translation> (Kopie)</translation>
     </message>
 </context>
 <context>
     <name>WorkProfileWidget</name>
     <message>
         <source> Saved work profiles  </source>
-        <translation type="unfinished"></translation>
+        <translation> Gespeicherte Arbeitsprofile  </translation>
     </message>
     <message>
         <source>+</source>
-        <translation type="unfinished"></translation>
+        <translation>+</translation>
     </message>
     <message>
         <source>‒</source>
-        <translation type="unfinished"></translation>
+        <translation>‒</translation>
     </message>
     <message>
         <source> Edit work profile  </source>
-        <translation type="unfinished"></translation>
+        <translation> Arbeitsprofil bearbeiten  </translation>
     </message>
     <message>
         <source>Warning</source>
-        <translation type="unfinished"></translation>
+        <translation>Warnung</translation>
     </message>
     <message>
         <source>All unsaved data will be lost. Continue?</source>
-        <translation type="unfinished"></translation>
+        <translation>Alle ungespeicherten Daten gehen verloren. Fortfahren?</translation>
     </message>
     <message>
         <source> [current]</source>
-        <translation type="unfinished"></translation>
+        <translation> [aktuell]</translation>
     </message>
 </context>
 </TS>

@@ -5,7 +5,7 @@
     <name>CollapsibleGroupBox</name>
     <message>
         <source>Click the title to expand</source>
-        <translation type="unfinished"></translation>
+        <translation>Zum Aufklappen auf den Titel klicken</translation>
     </message>
 </context>
 </TS>
