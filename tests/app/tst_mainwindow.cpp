@@ -4,6 +4,7 @@
 #include "orvexcontrol.h"
 #include "orvexserialdunvelprotocolclient.h"
 #include "orvexserialpakorprotocolclient.h"
+#include "questionanswerer.h"
 #include "testrecords.h"
 #include "workprofilehandler.h"
 
@@ -410,35 +411,22 @@ void tst_MainWindow::unrequestedHardwareInfoOpensNoMessageBox()
     QSignalSpy info(client, &IOrvexClient::hardwareInfo);
     m_server->sendBinary(infoFrames());
     QVERIFY(info.wait());
-    // The window's handler is queued: give it its turn, and close a box should one open.
-    bool boxOpened = false;
-    QTimer watcher;
-    connect(&watcher, &QTimer::timeout, this, [&boxOpened] {
-        if (QWidget* modal = QApplication::activeModalWidget()) {
-            boxOpened = true;
-            modal->close();
-        }
-    });
-    watcher.start(20);
-    QVERIFY(!QTest::qWaitFor([&boxOpened] { return boxOpened; }, 300));
-    watcher.stop();
+    // The window's handler is queued: give it its turn; no box may open.
+    {
+        QuestionAnswerer answerer(QMessageBox::Ok);
+        QVERIFY(!QTest::qWaitFor([&answerer] { return answerer.count > 0; }, 300));
+    }
 
     // Asked for by the operator, the answer shows in a message box, once.
     m_window->onWindowedCommandRequested(IOrvexClient::CmdGetHardwareInfo);
-    QStringList shown;
-    QTimer closer;
-    connect(&closer, &QTimer::timeout, this, [&shown] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-            shown.append(box->windowTitle() + ": " + box->text());
-            box->accept();
-        }
-    });
-    closer.start(20);
+    QuestionAnswerer answerer(QMessageBox::Ok);
     m_server->sendBinary(infoFrames());
-    QTRY_COMPARE(shown, QStringList{"Hardware info: SIMRADAR"});
+    QTRY_COMPARE(answerer.count, 1);
+    QCOMPARE(answerer.title, QString("Hardware info"));
+    QCOMPARE(answerer.text, QString("SIMRADAR"));
     m_server->sendBinary(infoFrames());
     QVERIFY(info.wait());
-    QVERIFY(!QTest::qWaitFor([&shown] { return shown.size() > 1; }, 300));
+    QVERIFY(!QTest::qWaitFor([&answerer] { return answerer.count > 1; }, 300));
 }
 
 void tst_MainWindow::imitatorModeSwapsTheSchemeForItsSpeed()

@@ -1,3 +1,4 @@
+#include "questionanswerer.h"
 #include "workprofilehandler.h"
 #include "workprofilewidget.h"
 
@@ -15,38 +16,7 @@
 #include <functional>
 #include <memory>
 
-namespace {
-
-// Answers every question box that opens while it lives and counts them; onAsked runs
-// before the answer.
-class QuestionAnswerer : public QObject
-{
-public:
-    explicit QuestionAnswerer(QMessageBox::StandardButton answer,
-                              std::function<void()> onAsked = {})
-    {
-        connect(&m_poll, &QTimer::timeout, this, [=] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (!box || !box->isVisible())
-                return;
-            ++count;
-            title = box->windowTitle();
-            text = box->text();
-            if (onAsked)
-                onAsked();
-            box->button(answer)->click();
-        });
-        m_poll.start(5);
-    }
-
-    int count = 0;
-    QString title, text;
-
-private:
-    QTimer m_poll;
-};
-
-} // namespace
+namespace { } // namespace
 
 class tst_WorkProfileWidget : public QObject
 {

@@ -1,3 +1,4 @@
+#include "questionanswerer.h"
 #include "roadconfigwidget.h"
 
 #include <QApplication>
@@ -34,31 +35,6 @@ QJsonObject road(const char* parts, const char* sections, double offset = 0.0)
 const char* const NoLanes = R"({"-1": {"width": 2, "is_lane": false},
     "0": {"width": 0, "is_lane": false}, "1": {"width": 2, "is_lane": false}})";
 const char* const OneStraight = R"([{"is_curved": false, "radius": 0, "length": 100}])";
-
-// Answers every question box that opens while it lives and remembers what it asked.
-class QuestionAnswerer : public QObject
-{
-public:
-    explicit QuestionAnswerer(QMessageBox::StandardButton answer)
-    {
-        connect(&m_poll, &QTimer::timeout, this, [=] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (!box || !box->isVisible())
-                return;
-            ++count;
-            title = box->windowTitle();
-            text = box->text();
-            box->button(answer)->click();
-        });
-        m_poll.start(5);
-    }
-
-    int count = 0;
-    QString title, text;
-
-private:
-    QTimer m_poll;
-};
 
 } // namespace
 
