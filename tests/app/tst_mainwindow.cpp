@@ -44,6 +44,8 @@ private slots:
 
 private:
     void writeSettings(const QJsonObject& profile);
+    // The window on the default profile, pointed at the loopback server, shown.
+    bool openWindow();
     // A value of the current profile by its slash-separated path.
     QJsonValue profileValue(const QString& path) const;
     bool waitForLayout();
@@ -86,6 +88,16 @@ void tst_MainWindow::writeSettings(const QJsonObject& changes)
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(
         QJsonDocument(QJsonObject{{"profiles", QJsonArray{profile}}, {"current_id", 0}}).toJson());
+}
+
+bool tst_MainWindow::openWindow()
+{
+    writeSettings({});
+    if (QTest::currentTestFailed())
+        return false;
+    m_window = std::make_unique<MainWindow>();
+    m_window->show();
+    return QTest::qWaitForWindowExposed(m_window.get());
 }
 
 QJsonValue tst_MainWindow::profileValue(const QString& path) const
@@ -215,10 +227,7 @@ void tst_MainWindow::columnsFollowTheTableAndOrientation()
 
 void tst_MainWindow::hidingBoxesHidesColumns()
 {
-    writeSettings({});
-    m_window = std::make_unique<MainWindow>();
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QVERIFY(openWindow());
     WorkProfileHandler* handler = m_window->profileHandler();
     handler->setDrawVertical(false); // three columns: column 2 holds the limitations
     QVERIFY(waitForLayout());
@@ -248,10 +257,7 @@ void tst_MainWindow::hidingBoxesHidesColumns()
 
 void tst_MainWindow::collapseRoundTripsThroughTheProfile()
 {
-    writeSettings({});
-    m_window = std::make_unique<MainWindow>();
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QVERIFY(openWindow());
     QVERIFY(waitForLayout());
     auto* box = m_window->findChild<CollapsibleGroupBox*>("sendCommandsBox");
     QVERIFY(box && !box->isCollapsed());
@@ -273,10 +279,7 @@ void tst_MainWindow::collapseRoundTripsThroughTheProfile()
 
 void tst_MainWindow::profileApplicationLaysOutOnce()
 {
-    writeSettings({});
-    m_window = std::make_unique<MainWindow>();
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QVERIFY(openWindow());
     QVERIFY(waitForLayout());
 
     // A re-layout starts by hiding and shrinking the scheme area; count how often that
@@ -353,10 +356,7 @@ void tst_MainWindow::protocolSwitchReplacesTheClient()
 
 void tst_MainWindow::emptyServerAddressIsStored()
 {
-    writeSettings({});
-    m_window = std::make_unique<MainWindow>();
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QVERIFY(openWindow());
     QVERIFY(m_server->waitForClient());
 
     // Answer the address dialog with an empty field.
@@ -388,10 +388,7 @@ void tst_MainWindow::emptyServerAddressIsStored()
 
 void tst_MainWindow::unrequestedHardwareInfoOpensNoMessageBox()
 {
-    writeSettings({});
-    m_window = std::make_unique<MainWindow>();
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QVERIFY(openWindow());
     QVERIFY(m_server->waitForClient());
     QTRY_VERIFY(m_window->radarClient()->isConnected());
 
@@ -431,10 +428,7 @@ void tst_MainWindow::unrequestedHardwareInfoOpensNoMessageBox()
 
 void tst_MainWindow::imitatorModeSwapsTheSchemeForItsSpeed()
 {
-    writeSettings({});
-    m_window = std::make_unique<MainWindow>();
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QVERIFY(openWindow());
     QVERIFY(m_server->waitForClient());
     QTRY_VERIFY(m_window->radarClient()->isConnected());
     auto* imitatorBox = m_window->findChild<QGroupBox*>("imitatorObjectBox");
@@ -461,10 +455,7 @@ void tst_MainWindow::imitatorModeSwapsTheSchemeForItsSpeed()
 
 void tst_MainWindow::closingSavesTheProfiles()
 {
-    writeSettings({});
-    m_window = std::make_unique<MainWindow>();
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QVERIFY(openWindow());
     m_window->profileHandler()->renameProfile(0, "Night shift");
     QPointer<IOrvexClient> client = m_window->radarClient();
     QVERIFY(m_window->close());
