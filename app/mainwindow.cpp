@@ -27,6 +27,9 @@
 #include <QMessageBox>
 #include <QTimer>
 #include <QUrl>
+#include <QVBoxLayout>
+
+#include <array>
 
 namespace {
 
@@ -34,6 +37,51 @@ namespace {
 constexpr int SettleDelayMs = 1;
 // While the columns are rebuilt the scheme area must not hold the window's size.
 constexpr int ShrunkAreaSize = 32;
+
+// The boxes of each column, top to bottom, for one, two and three columns.
+using ColumnBoxes = std::array<QVector<int>, 3>;
+const ColumnBoxes OneColumn{{{GeneralInfoControl, SendCommandsControl, ConfigureLimitationsControl,
+                              FineTuningControl, SetRadarPositionControl, SaveAndRestartControl},
+                             {},
+                             {}}};
+const ColumnBoxes TwoColumns{
+    {{GeneralInfoControl, SendCommandsControl, ConfigureLimitationsControl},
+     {FineTuningControl, SetRadarPositionControl, SaveAndRestartControl},
+     {}}};
+const ColumnBoxes ThreeColumns{{{GeneralInfoControl, SendCommandsControl, FineTuningControl},
+                                {ConfigureLimitationsControl},
+                                {SetRadarPositionControl, SaveAndRestartControl}}};
+
+// Ticks (or unticks) the first item of a group whose data is the value.
+void checkActionWithData(const QActionGroup* group, int value, bool checked = true)
+{
+    for (QAction* action : group->actions()) {
+        if (action->data().toInt() == value) {
+            action->setChecked(checked);
+            return;
+        }
+    }
+}
+
+// Checkable items, one per text, whose data is their place in the list; separators
+// where the text is empty. They join a new group of the menu's parent.
+QActionGroup* addActionGroup(QMenu* menu, const QList<QPair<QString, int>>& items, bool exclusive,
+                             QObject* owner)
+{
+    auto* group = new QActionGroup(owner);
+    group->setExclusive(exclusive);
+    for (const auto& [text, data] : items) {
+        if (text.isEmpty()) {
+            menu->addSeparator();
+            continue;
+        }
+        QAction* action = menu->addAction(text);
+        action->setCheckable(true);
+        action->setData(data);
+        group->addAction(action);
+    }
+    return group;
+}
 
 QString buildDate()
 {
@@ -89,20 +137,20 @@ MainWindow::MainWindow(QWidget* parent)
         {SaveAndRestartControl, m_ui->saveAndRestartBox},
         {GeneralInfoControl, m_ui->generalInfoBox},
     };
-    for (auto it = m_controls.cbegin(); it != m_controls.cend(); ++it) {
-        if (auto* box = qobject_cast<CollapsibleGroupBox*>(*it)) {
-            const int control = it.key();
-            connect(box, &CollapsibleGroupBox::clicked, this, [this, control](bool collapsed) {
-                emit controlCollapsedChanged(control, collapsed);
-            });
-        }
+    for (QWidget* widget : qAsConst(m_controls)) {
+        if (auto* box = qobject_cast<CollapsibleGroupBox*>(widget))
+            connect(box, &CollapsibleGroupBox::clicked, this,
+                    &MainWindow::onControlCollapsedChanged);
     }
 
-    statusBar()->addPermanentWidget(m_serverPingWidget);
-    statusBar()->addPermanentWidget(m_serverConnectionWidget);
-    statusBar()->addPermanentWidget(m_serverStateWidget);
-    statusBar()->addPermanentWidget(m_serverProtocolWidget);
-    statusBar()->addPermanentWidget(m_radarStateWidget);
+    // A long report (a server address, a radar's hardware name) is cut short rather than
+    // widen the window beyond the size the operator gave it.
+    for (StateLabel* label : std::initializer_list<StateLabel*>{
+             m_serverPingWidget, m_serverConnectionWidget, m_serverStateWidget,
+             m_serverProtocolWidget, m_radarStateWidget}) {
+        label->setElideMode(Qt::ElideMiddle);
+        statusBar()->addPermanentWidget(label);
+    }
 
     doMakeFixedConnections();
 
@@ -137,112 +185,100 @@ QString MainWindow::windowTitleFor(const QString& name) const
 
 void MainWindow::doBuildMenus()
 {
-    WorkProfileHandler* handler = profileHandler();
-    QMenuBar* bar = menuBar();
+    doBuildFileMenu();
+    doBuildProtocolMenu();
+    doBuildViewMenu();
+    QMenu* data = menuBar()->addMenu(tr("&Data"));
+    connect(data->addAction(tr("&Reset average tracks")), &QAction::triggered, m_objectsHelper,
+            &ObjectsHelper::resetAverageTracks);
+    QMenu* server = menuBar()->addMenu(tr("&Server"));
+    connect(server->addAction(tr("&Choose radar server")), &QAction::triggered, this,
+            &MainWindow::onChooseRadarServerTriggered);
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    connect(help->addAction(tr("&About this program")), &QAction::triggered, this,
+            &MainWindow::onAboutProgramTriggered);
+}
 
-    QMenu* file = bar->addMenu(tr("&File"));
+template<typename Setter, typename Changed>
+QAction* MainWindow::addProfileToggle(QMenu* menu, const QString& text, Setter setter,
+                                      Changed changed)
+{
+    // The tick follows the profile's value, whoever changed it.
+    QAction* action = menu->addAction(text);
+    action->setCheckable(true);
+    connect(action, &QAction::triggered, profileHandler(), setter);
+    connect(profileHandler(), changed, action, &QAction::setChecked);
+    return action;
+}
+
+void MainWindow::doBuildFileMenu()
+{
+    QMenu* file = menuBar()->addMenu(tr("&File"));
     connect(file->addAction(tr("&Switch work profile")), &QAction::triggered, this,
             &MainWindow::onSwitchProfileTriggered);
     file->addSeparator();
     connect(file->addAction(tr("&Exit")), &QAction::triggered, this, &MainWindow::close);
+}
 
-    QMenu* protocol = bar->addMenu(tr("&Protocol"));
-    m_protocolGroup = new QActionGroup(this);
-    m_protocolGroup->setExclusive(true);
-    const QStringList protocols{tr("&0. Serial, type D (SerD)"), tr("&1. Serial, type P (SerP)")};
-    for (int version = 0; version < protocols.size(); ++version) {
-        QAction* action = protocol->addAction(protocols.at(version));
-        action->setCheckable(true);
-        action->setData(version);
-        m_protocolGroup->addAction(action);
-    }
+void MainWindow::doBuildProtocolMenu()
+{
+    using H = WorkProfileHandler;
+    QMenu* protocol = menuBar()->addMenu(tr("&Protocol"));
+    m_protocolGroup = addActionGroup(
+        protocol, {{tr("&0. Serial, type D (SerD)"), 0}, {tr("&1. Serial, type P (SerP)"), 1}},
+        true, this);
     connect(m_protocolGroup, &QActionGroup::triggered, this,
             &MainWindow::onProtocolVersionTriggered);
     protocol->addSeparator();
-    QAction* forcing = protocol->addAction(tr("&Force server to change protocol"));
-    forcing->setCheckable(true);
-    connect(forcing, &QAction::triggered, handler, &WorkProfileHandler::setProtocolForcing);
-    connect(handler, &WorkProfileHandler::protocolForcingChanged, forcing, &QAction::setChecked);
+    addProfileToggle(protocol, tr("&Force server to change protocol"), &H::setProtocolForcing,
+                     &H::protocolForcingChanged);
+}
 
-    QMenu* view = bar->addMenu(tr("&View"));
+void MainWindow::doBuildViewMenu()
+{
+    using H = WorkProfileHandler;
+    QMenu* view = menuBar()->addMenu(tr("&View"));
     QMenu* visible = view->addMenu(tr("Visible &controls"));
-    m_controlsGroup = new QActionGroup(this);
-    m_controlsGroup->setExclusive(false);
-    const QList<QPair<QString, int>> controlItems{
-        {tr("Traffic &scheme / Speed generated with imitator"), TrafficSchemeAreaControl},
-        {tr("Road &objects"), ObjectsTableControl},
-        {QString(), -1},
-        {tr("&General info"), GeneralInfoControl},
-        {tr("Send &commands"), SendCommandsControl},
-        {tr("Configure &limitations"), ConfigureLimitationsControl},
-        {tr("Fine &tuning"), FineTuningControl},
-        {tr("Set &radar position"), SetRadarPositionControl},
-        {tr("Save &params and restart"), SaveAndRestartControl},
-    };
-    for (const auto& [text, control] : controlItems) {
-        if (control < 0) {
-            visible->addSeparator();
-            continue;
-        }
-        QAction* action = visible->addAction(text);
-        action->setCheckable(true);
-        action->setData(control);
-        m_controlsGroup->addAction(action);
-    }
+    m_controlsGroup = addActionGroup(
+        visible,
+        {{tr("Traffic &scheme / Speed generated with imitator"), TrafficSchemeAreaControl},
+         {tr("Road &objects"), ObjectsTableControl},
+         {QString(), 0},
+         {tr("&General info"), GeneralInfoControl},
+         {tr("Send &commands"), SendCommandsControl},
+         {tr("Configure &limitations"), ConfigureLimitationsControl},
+         {tr("Fine &tuning"), FineTuningControl},
+         {tr("Set &radar position"), SetRadarPositionControl},
+         {tr("Save &params and restart"), SaveAndRestartControl}},
+        false, this);
     connect(m_controlsGroup, &QActionGroup::triggered, this,
             &MainWindow::onControlVisibleTriggered);
 
-    // Each tick follows the profile's value, whoever changed it.
-    auto profileToggle = [handler](QMenu* menu, const QString& text, auto setter, auto changed) {
-        QAction* action = menu->addAction(text);
-        action->setCheckable(true);
-        connect(action, &QAction::triggered, handler, setter);
-        connect(handler, changed, action, &QAction::setChecked);
-        return action;
-    };
-    using H = WorkProfileHandler;
     QMenu* scheme = view->addMenu(tr("&Traffic scheme"));
-    profileToggle(scheme, tr("Draw road &vertical"), &H::setDrawVertical, &H::drawVerticalChanged);
-    profileToggle(scheme, tr("&Keep aspect ratio and object sizes"), &H::setKeepAspectRatio,
-                  &H::keepAspectRatioChanged);
+    addProfileToggle(scheme, tr("Draw road &vertical"), &H::setDrawVertical,
+                     &H::drawVerticalChanged);
+    addProfileToggle(scheme, tr("&Keep aspect ratio and object sizes"), &H::setKeepAspectRatio,
+                     &H::keepAspectRatioChanged);
     scheme->addSeparator();
-    profileToggle(scheme, tr("Draw &current tracks"), &H::setShowCurrentTracksOnScheme,
-                  &H::showCurrentTracksOnSchemeChanged);
-    profileToggle(scheme, tr("Draw &average tracks"), &H::setShowAverageTracksOnScheme,
-                  &H::showAverageTracksOnSchemeChanged);
+    addProfileToggle(scheme, tr("Draw &current tracks"), &H::setShowCurrentTracksOnScheme,
+                     &H::showCurrentTracksOnSchemeChanged);
+    addProfileToggle(scheme, tr("Draw &average tracks"), &H::setShowAverageTracksOnScheme,
+                     &H::showAverageTracksOnSchemeChanged);
     scheme->addSeparator();
-    m_displayModeGroup = new QActionGroup(this);
-    m_displayModeGroup->setExclusive(true);
-    const QStringList modes{tr("&Normal mode"), tr("&Statistical (long exposure) mode"),
-                            tr("&Mixed mode")};
-    for (int mode = 0; mode < modes.size(); ++mode) {
-        QAction* action = scheme->addAction(modes.at(mode));
-        action->setCheckable(true);
-        action->setData(mode);
-        m_displayModeGroup->addAction(action);
-    }
+    m_displayModeGroup = addActionGroup(scheme,
+                                        {{tr("&Normal mode"), 0},
+                                         {tr("&Statistical (long exposure) mode"), 1},
+                                         {tr("&Mixed mode"), 2}},
+                                        true, this);
     connect(m_displayModeGroup, &QActionGroup::triggered, this,
             &MainWindow::onTracksDisplayModeTriggered);
     scheme->addSeparator();
     connect(scheme->addAction(tr("Customize &traffic scheme")), &QAction::triggered, this,
             &MainWindow::onConfigureRoadTriggered);
+
     view->addSeparator();
-    QAction* paint = view->addAction(tr("&Paint objects in different colors"));
-    paint->setCheckable(true);
-    connect(paint, &QAction::triggered, handler, &WorkProfileHandler::setPaintObjects);
-    connect(handler, &WorkProfileHandler::paintObjectsChanged, paint, &QAction::setChecked);
-
-    QMenu* data = bar->addMenu(tr("&Data"));
-    connect(data->addAction(tr("&Reset average tracks")), &QAction::triggered, m_objectsHelper,
-            &ObjectsHelper::resetAverageTracks);
-
-    QMenu* server = bar->addMenu(tr("&Server"));
-    connect(server->addAction(tr("&Choose radar server")), &QAction::triggered, this,
-            &MainWindow::onChooseRadarServerTriggered);
-
-    QMenu* help = bar->addMenu(tr("&Help"));
-    connect(help->addAction(tr("&About this program")), &QAction::triggered, this,
-            &MainWindow::onAboutProgramTriggered);
+    addProfileToggle(view, tr("&Paint objects in different colors"), &H::setPaintObjects,
+                     &H::paintObjectsChanged);
 }
 
 void MainWindow::doMakeFixedConnections()
@@ -335,66 +371,102 @@ void MainWindow::doUnsetRadarClient()
 
 void MainWindow::doConnectRadarClient()
 {
-    IOrvexClient* c = m_radarClient;
+    doConnectServerDisplays();
+    doConnectRadarState();
+    doConnectFrameFeed();
+    doConnectRadarResults();
+    doConnectRadarRequests();
+}
+
+void MainWindow::doConnectServerDisplays()
+{
     using C = IOrvexClient;
-    auto* table = m_ui->objectsTableWidget;
-    auto* info = m_ui->generalInfoWidget;
-    auto* helper = m_objectsHelper;
-    auto* scheme = m_ui->roadObjectsWidget;
-    auto* imitator = m_ui->imitatorObjectWidget;
-    using R = RoadObjectsWidget;
-    using I = ImitatorObjectWidget;
-
-    auto toServerWidgets = [&](auto signal, auto ping, auto connection, auto state, auto protocol) {
-        connect(c, signal, m_serverPingWidget, ping);
-        connect(c, signal, m_serverConnectionWidget, connection);
-        connect(c, signal, m_serverStateWidget, state);
-        connect(c, signal, m_serverProtocolWidget, protocol);
-    };
-    toServerWidgets(&C::connecting, &ServerPingWidget::showConnecting,
-                    &ServerConnectionWidget::showConnecting, &ServerStateWidget::showConnecting,
-                    &ServerProtocolWidget::showConnecting);
+    IOrvexClient* c = m_radarClient;
     connect(c, &C::connected, this, &MainWindow::onClientConnected);
-    toServerWidgets(&C::connected, &ServerPingWidget::showConnected,
-                    &ServerConnectionWidget::showConnected, &ServerStateWidget::showConnected,
-                    &ServerProtocolWidget::showConnected);
-    toServerWidgets(&C::notconnected, &ServerPingWidget::showNotConnected,
-                    &ServerConnectionWidget::showNotConnected, &ServerStateWidget::showNotConnected,
-                    &ServerProtocolWidget::showNotConnected);
-    toServerWidgets(&C::disconnected, &ServerPingWidget::showDisconnected,
-                    &ServerConnectionWidget::showDisconnected, &ServerStateWidget::showDisconnected,
-                    &ServerProtocolWidget::showDisconnected);
+    // The connection label always shows the link; the other three show a report of the
+    // server, which every event of the link makes stale.
+    using S = ServerConnectionWidget;
+    connect(c, &C::connecting, m_serverConnectionWidget, &S::showConnecting);
+    connect(c, &C::connected, m_serverConnectionWidget, &S::showConnected);
+    connect(c, &C::notconnected, m_serverConnectionWidget, &S::showNotConnected);
+    connect(c, &C::disconnected, m_serverConnectionWidget, &S::showDisconnected);
+    using L = ServerReportLabel;
+    for (ServerReportLabel* label :
+         {static_cast<L*>(m_serverPingWidget), static_cast<L*>(m_serverStateWidget),
+          static_cast<L*>(m_serverProtocolWidget)}) {
+        connect(c, &C::connecting, label, &L::showConnecting);
+        connect(c, &C::connected, label, &L::showConnected);
+        connect(c, &C::notconnected, label, &L::showNotConnected);
+        connect(c, &C::disconnected, label, &L::showDisconnected);
+    }
     connect(c, &C::pingLatency, m_serverPingWidget, &ServerPingWidget::showPingLatency);
+    connect(c, &C::usedProtocolChanged, m_serverProtocolWidget,
+            &ServerProtocolWidget::showServerProtocol);
+    connect(c, &C::serverStateChanged, m_serverStateWidget, &ServerStateWidget::showServerState);
+    connect(this, &MainWindow::forceServerToChangeProtocol, c, &C::forceServerToChangeProtocol);
+}
 
+void MainWindow::doConnectRadarState()
+{
+    using C = IOrvexClient;
+    IOrvexClient* c = m_radarClient;
     connect(c, &C::radarStateChanged, this, &MainWindow::onRadarStateChanged);
-    connect(c, &C::radarStateChanged, scheme, &R::showRadarState);
-    connect(c, &C::radarStateChanged, table, &ObjectsTableWidget::showRadarState);
-    connect(c, &C::radarStateChanged, imitator, &I::showRadarState);
-    connect(c, &C::radarStateChanged, info, &GeneralInfoWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->roadObjectsWidget, &RoadObjectsWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->objectsTableWidget,
+            &ObjectsTableWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->imitatorObjectWidget,
+            &ImitatorObjectWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->generalInfoWidget, &GeneralInfoWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_serverStateWidget, &ServerStateWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_radarStateWidget, &RadarStateWidget::showRadarState);
-    connect(c, &C::radarStateChanged, helper, &ObjectsHelper::setRadarState);
+    connect(c, &C::radarStateChanged, m_objectsHelper, &ObjectsHelper::setRadarState);
+    connect(this, &MainWindow::resetClientStatistics, c, &C::resetStatistics);
+}
+
+void MainWindow::doConnectFrameFeed()
+{
+    // Every per-frame display collects a frame's objects between its start and its end
+    // and repaints once. The scheme finishes from the objects helper's display order.
+    using C = IOrvexClient;
+    IOrvexClient* c = m_radarClient;
+    auto* scheme = m_ui->roadObjectsWidget;
+    auto* table = m_ui->objectsTableWidget;
+    auto* imitator = m_ui->imitatorObjectWidget;
+    auto* info = m_ui->generalInfoWidget;
+    auto* helper = m_objectsHelper;
+    using R = RoadObjectsWidget;
+    using T = ObjectsTableWidget;
+    using I = ImitatorObjectWidget;
+    using G = GeneralInfoWidget;
+    using O = ObjectsHelper;
 
     connect(c, &C::frameStarted, scheme, &R::startFilling);
-    connect(c, &C::frameStarted, table, &ObjectsTableWidget::startFilling);
+    connect(c, &C::frameStarted, table, &T::startFilling);
     connect(c, &C::frameStarted, imitator, &I::startFilling);
-    connect(c, &C::frameStarted, info, &GeneralInfoWidget::startFilling);
-    connect(c, &C::frameStarted, helper, &ObjectsHelper::startFilling);
+    connect(c, &C::frameStarted, info, &G::startFilling);
+    connect(c, &C::frameStarted, helper, &O::startFilling);
     connect(c, &C::frameDateTimeUtc, scheme, &R::setFrameDateTimeUtc);
-    connect(c, &C::frameDateTimeUtc, info, &GeneralInfoWidget::setFrameDateTimeUtc);
-    connect(c, &C::frameDateTimeUtc, helper, &ObjectsHelper::setFrameDateTimeUtc);
-    connect(c, &C::uptimeInfo, info, &GeneralInfoWidget::showUptimeInfo);
-    connect(c, &C::cycleNumber, info, &GeneralInfoWidget::showCycleNumber);
-    connect(c, &C::cycleNumber, helper, &ObjectsHelper::setCycleNumber);
+    connect(c, &C::frameDateTimeUtc, info, &G::setFrameDateTimeUtc);
+    connect(c, &C::frameDateTimeUtc, helper, &O::setFrameDateTimeUtc);
+    connect(c, &C::uptimeInfo, info, &G::showUptimeInfo);
+    connect(c, &C::cycleNumber, info, &G::showCycleNumber);
+    connect(c, &C::cycleNumber, helper, &O::setCycleNumber);
     connect(c, &C::objectData, scheme, &R::addObject);
-    connect(c, &C::objectData, table, &ObjectsTableWidget::addObject);
+    connect(c, &C::objectData, table, &T::addObject);
     connect(c, &C::objectData, imitator, &I::addObject);
-    connect(c, &C::objectData, helper, &ObjectsHelper::addObject);
-    connect(c, &C::frameFinished, table, &ObjectsTableWidget::finishFilling);
+    connect(c, &C::objectData, helper, &O::addObject);
+    connect(c, &C::frameFinished, table, &T::finishFilling);
     connect(c, &C::frameFinished, imitator, &I::finishFilling);
-    connect(c, &C::frameFinished, info, &GeneralInfoWidget::finishFilling);
-    connect(c, &C::frameFinished, helper, &ObjectsHelper::finishFilling);
+    connect(c, &C::frameFinished, info, &G::finishFilling);
+    connect(c, &C::frameFinished, helper, &O::finishFilling);
+}
 
+void MainWindow::doConnectRadarResults()
+{
+    using C = IOrvexClient;
+    IOrvexClient* c = m_radarClient;
+    auto* scheme = m_ui->roadObjectsWidget;
+    using R = RoadObjectsWidget;
     // Queued: the message boxes open after the client's handler has returned.
     connect(c, &C::hardwareInfo, this, &MainWindow::onHardwareInfoResult, Qt::QueuedConnection);
     connect(c, &C::hardwareInfo, m_serverStateWidget, &ServerStateWidget::showRadarHardwareInfo);
@@ -404,25 +476,19 @@ void MainWindow::doConnectRadarClient()
     connect(c, &C::radarPosition, scheme, &R::showPosition);
     connect(c, &C::polygonUsage, scheme, &R::showPolygonUsage);
     connect(c, &C::polygonPointParam, scheme, &R::showPolygonPointParam);
-    connect(c, &C::usedProtocolChanged, m_serverProtocolWidget,
-            &ServerProtocolWidget::showServerProtocol);
-    connect(c, &C::serverStateChanged, m_serverStateWidget, &ServerStateWidget::showServerState);
+}
 
-    connect(this, &MainWindow::forceServerToChangeProtocol, c, &C::forceServerToChangeProtocol);
-    connect(this, &MainWindow::resetClientStatistics, c, &C::resetStatistics);
-    connect(m_serverStateWidget, &ServerStateWidget::getRadarHardwareInfo, c,
+void MainWindow::doConnectRadarRequests()
+{
+    using C = IOrvexClient;
+    connect(m_serverStateWidget, &ServerStateWidget::getRadarHardwareInfo, m_radarClient,
             &C::sendCmdGetHardwareInfo);
 }
 
 void MainWindow::doSetProtocolVersion(int version)
 {
     m_protocolVersion = version;
-    for (QAction* action : m_protocolGroup->actions()) {
-        if (action->data().toInt() == version) {
-            action->setChecked(true);
-            break;
-        }
-    }
+    checkActionWithData(m_protocolGroup, version);
     onRadarStateChanged(IOrvexClient::Offline);
     doSetupRadarClient(version);
     // While a profile is applied, its server address follows at once and connects.
@@ -572,12 +638,7 @@ void MainWindow::onTracksDisplayModeTriggered(QAction* action)
 
 void MainWindow::doSetTracksDisplayMode(int mode)
 {
-    for (QAction* action : m_displayModeGroup->actions()) {
-        if (action->data().toInt() == mode) {
-            action->setChecked(true);
-            return;
-        }
-    }
+    checkActionWithData(m_displayModeGroup, mode);
 }
 
 void MainWindow::onControlVisibleTriggered(QAction* action)
@@ -585,17 +646,19 @@ void MainWindow::onControlVisibleTriggered(QAction* action)
     emit controlVisibleChanged(action->data().toInt(), action->isChecked());
 }
 
+void MainWindow::onControlCollapsedChanged(bool collapsed)
+{
+    // Every collapsible box reports here; the box that was clicked names the control.
+    emit controlCollapsedChanged(
+        m_controls.key(qobject_cast<QWidget*>(sender()), TrafficSchemeAreaControl), collapsed);
+}
+
 void MainWindow::doSetControlVisible(int control, bool visible)
 {
     QWidget* widget = m_controls.value(control);
     if (!widget)
         return;
-    for (QAction* action : m_controlsGroup->actions()) {
-        if (action->data().toInt() == control) {
-            action->setChecked(visible);
-            break;
-        }
-    }
+    checkActionWithData(m_controlsGroup, control, visible);
     doResetWindowLayout(control);
     m_controlVisible[control] = visible;
     // The scheme area's visibility is the layout's to set.
@@ -692,80 +755,71 @@ void MainWindow::doSetControlsSizePolicy(bool vertical, bool visible0, bool visi
 
 void MainWindow::doRearrangeColumns(ColumnsMode mode, bool vertical, bool tableVisible)
 {
-    int columns = 3;
-    if (mode == ColumnsMode::Forced) {
-        columns = !vertical && !tableVisible ? 3 : 2;
-    } else if (tableVisible) {
-        columns = 2;
-    } else if (vertical) {
-        // Does column 2 fit below the boxes of column 1? The filler at the foot of
-        // column 1 tells how much height is left there.
-        int freeHeight = m_ui->spacer1Widget->height() - ColumnSpacerSlack;
-        QLayout* column2 = m_ui->controls2Layout;
-        if (column2->count() < 2) {
-            columns = freeHeight >= 0 ? m_columnCount : 2;
-        } else {
-            for (int i = 0; i < column2->count(); ++i) {
-                QWidget* widget = column2->itemAt(i)->widget();
-                if (widget && widget->isVisible())
-                    freeHeight -= widget->height() + column2->spacing();
-            }
-            columns = freeHeight < 1 ? m_columnCount : 1;
-        }
-    }
-
     setUpdatesEnabled(false);
-    QWidget* general = m_ui->generalInfoBox;
-    QWidget* send = m_ui->sendCommandsBox;
-    QWidget* limits = m_ui->setPolygonBox;
-    QWidget* tuning = m_ui->radarTuningBox;
-    QWidget* position = m_ui->setPositionBox;
-    QWidget* save = m_ui->saveAndRestartBox;
-    QVBoxLayout* layouts[3] = {m_ui->controls1Layout, m_ui->controls2Layout, m_ui->controls3Layout};
+    const int columns = columnCountFor(mode, vertical, tableVisible);
     if (columns != m_columnCount) {
         m_columnCount = columns;
-        QList<QWidget*> boxes[3];
-        if (columns == 3) {
-            boxes[0] = {general, send, tuning};
-            boxes[1] = {limits};
-            boxes[2] = {position, save};
-        } else if (columns == 2) {
-            boxes[0] = {general, send, limits};
-            boxes[1] = {tuning, position, save};
-        } else {
-            boxes[0] = {general, send, limits, tuning, position, save};
-        }
-        for (QVBoxLayout* layout : layouts) {
-            while (layout->count() > 0)
-                delete layout->takeAt(0);
-        }
-        for (int c = 0; c < 3; ++c) {
-            for (QWidget* box : boxes[c])
-                layouts[c]->addWidget(box);
-        }
+        doPlaceBoxes(columns == 3 ? ThreeColumns : columns == 2 ? TwoColumns : OneColumn);
     }
+    doShowWantedColumns();
+    setUpdatesEnabled(true);
+}
 
-    // A column shows when any of its boxes is wanted; the controls area when any column is.
+int MainWindow::columnCountFor(ColumnsMode mode, bool vertical, bool tableVisible) const
+{
+    if (mode == ColumnsMode::Forced)
+        return !vertical && !tableVisible ? 3 : 2;
+    if (tableVisible)
+        return 2;
+    if (!vertical)
+        return 3;
+    // Beside a vertical scheme the boxes have the window's height: does column 2 fit
+    // below the boxes of column 1? Column 1's filler tells how much height is left.
+    int freeHeight = m_ui->spacer1Widget->height() - ColumnSpacerSlack;
+    const QLayout* column2 = m_ui->controls2Layout;
+    if (column2->count() < 2)
+        return freeHeight >= 0 ? m_columnCount : 2;
+    for (int i = 0; i < column2->count(); ++i) {
+        const QWidget* box = column2->itemAt(i)->widget();
+        if (box && box->isVisible())
+            freeHeight -= box->height() + column2->spacing();
+    }
+    return freeHeight < 1 ? m_columnCount : 1;
+}
+
+void MainWindow::doPlaceBoxes(const ColumnBoxes& columns)
+{
+    QVBoxLayout* layouts[3] = {m_ui->controls1Layout, m_ui->controls2Layout, m_ui->controls3Layout};
+    for (QVBoxLayout* layout : layouts) {
+        while (layout->count() > 0)
+            delete layout->takeAt(0);
+    }
+    for (int c = 0; c < 3; ++c) {
+        for (int control : columns.at(size_t(c)))
+            layouts[c]->addWidget(m_controls.value(control));
+    }
+}
+
+void MainWindow::doShowWantedColumns()
+{
+    // A column shows when any of its boxes is wanted, the controls area when any column
+    // is. A box never asked for counts as hidden, and is recorded so.
+    const QLayout* layouts[3]
+        = {m_ui->controls1Layout, m_ui->controls2Layout, m_ui->controls3Layout};
     QWidget* columnWidgets[3] = {m_ui->column1Widget, m_ui->column2Widget, m_ui->column3Widget};
     bool anyColumn = false;
     for (int c = 0; c < 3; ++c) {
         bool wanted = false;
         for (int i = 0; i < layouts[c]->count(); ++i) {
             const int control = m_controls.key(layouts[c]->itemAt(i)->widget(), -1);
-            if (!m_controlVisible.contains(control))
-                m_controlVisible.insert(control, false);
-            wanted = wanted || m_controlVisible.value(control);
+            wanted = m_controlVisible.insert(control, isControlVisible(control)).value() || wanted;
         }
         columnWidgets[c]->setVisible(wanted);
         anyColumn = anyColumn || wanted;
     }
-    if (anyColumn) {
-        m_ui->controlsWidget->show();
-    } else {
-        m_ui->controlsWidget->hide();
+    m_ui->controlsWidget->setVisible(anyColumn);
+    if (!anyColumn)
         m_ui->spacer0Widget->hide();
-    }
-    setUpdatesEnabled(true);
 }
 
 void MainWindow::showEvent(QShowEvent* event)

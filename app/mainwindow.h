@@ -3,6 +3,9 @@
 #include <QMainWindow>
 #include <QMap>
 #include <QString>
+#include <QVector>
+
+#include <array>
 
 class IOrvexClient;
 class ObjectsHelper;
@@ -74,6 +77,7 @@ public slots:
     // User actions and client results.
     void onProtocolVersionTriggered(QAction* action);
     void onControlVisibleTriggered(QAction* action);
+    void onControlCollapsedChanged(bool collapsed);
     void onTracksDisplayModeTriggered(QAction* action);
     void onClientConnected();
     void onRadarStateChanged(int state);
@@ -96,14 +100,29 @@ private:
     enum class ColumnsMode { Forced, Normal };
 
     void doBuildMenus();
+    void doBuildFileMenu();
+    void doBuildProtocolMenu();
+    void doBuildViewMenu();
+    // A checkable menu item that sets a profile value and whose tick follows it.
+    template<typename Setter, typename Changed>
+    QAction* addProfileToggle(QMenu* menu, const QString& text, Setter setter, Changed changed);
     void doMakeFixedConnections();
     void doSetupRadarClient(int version);
     void doUnsetRadarClient();
     void doConnectRadarClient();
+    void doConnectServerDisplays();
+    void doConnectRadarState();
+    void doConnectFrameFeed();
+    void doConnectRadarResults();
+    void doConnectRadarRequests();
     void doResetWindowLayout(int control);
     void doApplyWindowLayout(int control);
     void doSetControlsSizePolicy(bool vertical, bool visible0, bool visible2);
     void doRearrangeColumns(ColumnsMode mode, bool vertical, bool tableVisible);
+    int columnCountFor(ColumnsMode mode, bool vertical, bool tableVisible) const;
+    // Puts the six boxes into the three columns, top to bottom as listed.
+    void doPlaceBoxes(const std::array<QVector<int>, 3>& columns);
+    void doShowWantedColumns();
     bool isLayoutFrozen(int control) const;
     bool isControlVisible(int control) const { return m_controlVisible.value(control, false); }
     QString windowTitleFor(const QString& name) const;

@@ -236,8 +236,11 @@ void WorkProfileHandler::saveProfiles(const QString& path) const
 {
     // Written beside the old file and renamed over it only when complete, so that a
     // crash or a full disk never leaves a truncated settings file. A failed save is
-    // not reported: the settings of this session are then lost.
+    // not reported: the settings of this session are then lost. Where the directory
+    // allows no file beside it (a writable settings file in a read-only directory) the
+    // file itself is written over: better a save without that guard than none.
     QSaveFile file(path);
+    file.setDirectWriteFallback(true);
     if (!file.open(QIODevice::WriteOnly))
         return;
     const QJsonObject root{

@@ -1,12 +1,12 @@
 #include "imitatorobjectwidget.h"
 
 #include "iorvexclient.h"
+#include "roadobject.h"
 #include "statelabel.h"
 
 #include <QVBoxLayout>
 
 namespace {
-constexpr double KmhPerMps = 3.6;
 const QColor NoDataColor(191, 0, 0);
 const QColor SpeedColor(0, 0, 0);
 } // namespace
@@ -44,7 +44,7 @@ void ImitatorObjectWidget::addObject(quint8 id, double xSpeed, double ySpeed, do
     if (!isVisible() || !m_label->text().isEmpty())
         return;
     m_firstObject = RoadObject{id, xSpeed, ySpeed, xRange, yRange, length, lastDetected};
-    m_label->setText(QString::number(xSpeed * KmhPerMps, 'f', 1)
+    m_label->setText(QString::number(RoadObject::kmh(xSpeed), 'f', 1)
                      + (m_twoLines ? QStringLiteral("<br>") : QStringLiteral(" "))
                      + QStringLiteral("<nobr>") + tr("km/h") + QStringLiteral("</nobr>"));
 }

@@ -1,6 +1,7 @@
 #include "objectshelper.h"
 
 #include "iorvexclient.h"
+#include "roadmetatypes.h"
 
 #include <QLineF>
 
@@ -10,11 +11,7 @@
 ObjectsHelper::ObjectsHelper(QObject* parent)
     : QObject(parent)
 {
-    // The geometry travels by queued connections and into signal spies too.
-    qRegisterMetaType<QList<QPolygonF>>();
-    qRegisterMetaType<QMap<int, QPolygonF>>();
-    qRegisterMetaType<QMap<int, double>>();
-    qRegisterMetaType<QVector<quint8>>();
+    RoadMetaTypes::registerAll();
 }
 
 double ObjectsHelper::calcDistance(const QPointF& a, const QPointF& b)

@@ -1,6 +1,8 @@
 #include "roadbuilder.h"
 
 #include "roadconfigkeys.h"
+#include "roadconfigvalue.h"
+#include "roadmetatypes.h"
 
 #include <QtMath>
 
@@ -8,25 +10,12 @@
 
 namespace K = RoadConfigKeys;
 
-namespace {
-
-// A number from the configuration; absent, of another type or not finite: the default.
-double number(const QJsonValue& value)
-{
-    const double d = value.toDouble(0.0);
-    return std::isfinite(d) ? d : 0.0;
-}
-
-} // namespace
+using RoadConfigValue::number;
 
 RoadBuilder::RoadBuilder(QObject* parent)
     : QObject(parent)
 {
-    // The geometry travels by queued connections and into signal spies too.
-    qRegisterMetaType<QList<QPolygonF>>();
-    qRegisterMetaType<QMap<int, QPolygonF>>();
-    qRegisterMetaType<QMap<int, double>>();
-    qRegisterMetaType<QVector<quint8>>();
+    RoadMetaTypes::registerAll();
 }
 
 void RoadBuilder::setRoadConfig(const QJsonObject& config)
@@ -80,7 +69,7 @@ void RoadBuilder::doBuildRoad(const QJsonArray& sections)
     for (const QJsonValue& value : sections) {
         const QJsonObject section = value.toObject();
         const double length = number(section.value(K::Length));
-        if (std::fabs(length) > MaxSectionLength)
+        if (std::fabs(length) > BrokenSectionLength)
             continue;
         if (section.value(K::IsCurved).toBool(false)) {
             doAddCurvedSection(length, number(section.value(K::Radius)), false, point, angle,

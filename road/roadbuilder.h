@@ -28,7 +28,7 @@ public:
     static constexpr double ExtensionLength = 2.0;
     // A section longer than this is taken for a broken setting and skipped like a
     // refused curve: laying a mark per metre of it would never end.
-    static constexpr double MaxSectionLength = 100000.0;
+    static constexpr double BrokenSectionLength = 100000.0;
 
     explicit RoadBuilder(QObject* parent = nullptr);
 

@@ -2,6 +2,7 @@
 
 #include "advancedcombobox.h"
 #include "roadconfigkeys.h"
+#include "roadconfigvalue.h"
 #include "ui_roadconfigwidget.h"
 
 #include <QCloseEvent>
@@ -40,7 +41,7 @@ constexpr double MinRadius = 10.0;
 constexpr double MaxRadius = 10000.0;
 constexpr double DefaultRadius = 100.0;
 constexpr double MinSectionLength = 0.1;
-constexpr double MaxSectionLength = 500.0;
+constexpr double MaxEditedSectionLength = 500.0;
 constexpr double DefaultSectionLength = 100.0;
 constexpr double SectionFieldStep = 1.0;
 
@@ -49,14 +50,6 @@ constexpr int SectionCaptionColumn = 0;
 constexpr int SectionKindColumn = 1;
 constexpr int SectionRadiusColumn = 2;
 constexpr int SectionLengthColumn = 3;
-
-// A stored configuration is not trusted: anything but a finite number takes the default.
-double jsonNumber(const QJsonValue& value, double fallback)
-{
-    if (!value.isDouble() || !qIsFinite(value.toDouble()))
-        return fallback;
-    return value.toDouble();
-}
 
 double defaultWidth(RoadConfigWidget::PartType type)
 {
@@ -165,9 +158,9 @@ void RoadConfigWidget::doCreateSectionRows()
         row.kind->addItem(tr("right curve"), RightCurve);
         row.radius = makeSpin(contents, QStringLiteral("sectionRadiusSpin%1").arg(number),
                               MinRadius, MaxRadius, SectionFieldStep, DefaultRadius);
-        row.length
-            = makeSpin(contents, QStringLiteral("sectionLengthSpin%1").arg(number),
-                       MinSectionLength, MaxSectionLength, SectionFieldStep, DefaultSectionLength);
+        row.length = makeSpin(contents, QStringLiteral("sectionLengthSpin%1").arg(number),
+                              MinSectionLength, MaxEditedSectionLength, SectionFieldStep,
+                              DefaultSectionLength);
         // A straight section has no radius: the field is greyed out but keeps its value
         // for when the section is turned into a curve again.
         row.radius->setEnabled(false);
@@ -207,7 +200,7 @@ void RoadConfigWidget::setRoadConfig(const QJsonObject& config)
     // configuration left in the rows.
     doResetRows();
     m_ui->originOffsetSpin->setValue(
-        jsonNumber(config.value(K::OriginOffset), DefaultOriginOffset));
+        RoadConfigValue::number(config.value(K::OriginOffset), DefaultOriginOffset));
 
     // Parts by number; a key that is no whole number or a value that is no object
     // describes no strip of the road.
@@ -221,7 +214,7 @@ void RoadConfigWidget::setRoadConfig(const QJsonObject& config)
             continue;
         if (number == 0)
             m_partRows.value(0).width->setValue(
-                jsonNumber(part.value(K::Width), DefaultMedianWidth));
+                RoadConfigValue::number(part.value(K::Width), DefaultMedianWidth));
         else
             (number > 0 ? left : right).insert(number, part);
     }
@@ -239,12 +232,13 @@ void RoadConfigWidget::setRoadConfig(const QJsonObject& config)
             continue;
         const QJsonObject section = value.toObject();
         const SectionRow row = m_sectionRows.value(++sectionCount);
-        const double radius = jsonNumber(section.value(K::Radius), 0.0);
+        const double radius = RoadConfigValue::number(section.value(K::Radius), 0.0);
         if (section.value(K::IsCurved).toBool()) {
             row.kind->setCurrentIndexByItemData(radius > 0.0 ? LeftCurve : RightCurve);
             row.radius->setValue(qAbs(radius));
         }
-        row.length->setValue(jsonNumber(section.value(K::Length), DefaultSectionLength));
+        row.length->setValue(
+            RoadConfigValue::number(section.value(K::Length), DefaultSectionLength));
     }
     // A road has at least one section; without any, the first row shows its defaults.
     m_sectionCount = qMax(MinSectionCount, sectionCount);
@@ -267,10 +261,11 @@ int RoadConfigWidget::doLoadSide(const QList<QJsonObject>& outwardParts, int sid
                 continue;
             ++lanes;
             m_partRows.value(side * lanes)
-                .width->setValue(jsonNumber(part.value(K::Width), DefaultLaneWidth));
+                .width->setValue(RoadConfigValue::number(part.value(K::Width), DefaultLaneWidth));
         } else {
             m_partRows.value(side * RoadsideSlot)
-                .width->setValue(jsonNumber(part.value(K::Width), DefaultRoadsideWidth));
+                .width->setValue(
+                    RoadConfigValue::number(part.value(K::Width), DefaultRoadsideWidth));
         }
     }
     return lanes;

@@ -3,6 +3,7 @@
 set -euo pipefail
 
 packages=(g++ make cmake qtbase5-dev libqt5websockets5-dev qttools5-dev qttools5-dev-tools
+          qttranslations5-l10n
           fonts-dejavu-core)
 missing=()
 for package in "${packages[@]}"; do

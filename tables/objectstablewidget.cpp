@@ -3,17 +3,27 @@
 #include "iorvexclient.h"
 #include "objectcolor.h"
 #include "objectstabledelegate.h"
+#include "roadobject.h"
 #include "ui_objectstablewidget.h"
 
+#include <QEvent>
 #include <QHeaderView>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <iterator>
 
 namespace {
-// Speeds travel in m/s and are shown in km/h.
-constexpr double KmhPerMps = 3.6;
 constexpr int SpeedDecimals = 1;
 constexpr int RangeDecimals = 2;
 constexpr int LengthDecimals = 1;
 const QString UpdateTimeFormat = QStringLiteral("hh:mm:ss.zzz");
+
+// The widest value each column usually shows: a vehicle against X at motorway speed,
+// the far end of the radar's range, a long truck, a time of day.
+const char* const WidestValues[]
+    = {"255", "-188.8", "-188.8", "-250.00", "-25.00", "25.5", "00:00:00.000"};
+static_assert(std::size(WidestValues) == ObjectsTableWidget::ColumnCount);
 
 QString fixed(double value, int decimals)
 {
@@ -37,6 +47,7 @@ ObjectsTableWidget::ObjectsTableWidget(QWidget* parent)
     // Rows keep the client's order; the header does not sort.
     header->setSectionsClickable(false);
     m_ui->tableWidget->setItemDelegate(new ObjectsTableDelegate(m_ui->tableWidget));
+    doFitWidthToTexts();
 
     showRadarState(IOrvexClient::Offline);
 }
@@ -44,6 +55,34 @@ ObjectsTableWidget::ObjectsTableWidget(QWidget* parent)
 ObjectsTableWidget::~ObjectsTableWidget()
 {
     delete m_ui;
+}
+
+void ObjectsTableWidget::changeEvent(QEvent* event)
+{
+    GroupedWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::LanguageChange)
+        doFitWidthToTexts();
+}
+
+void ObjectsTableWidget::doFitWidthToTexts()
+{
+    // The stretched columns share the width equally, so the table is wide enough when
+    // each of them fits the widest header or value among them: nothing is cut, in any
+    // language.
+    QTableWidget* table = m_ui->tableWidget;
+    const QHeaderView* header = table->horizontalHeader();
+    const QFontMetrics cellMetrics(table->font());
+    const int cellPadding = 2 * (table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 4);
+    auto columnWidth = [&](int column) {
+        const int value = cellMetrics.horizontalAdvance(QLatin1String(WidestValues[column]));
+        return std::max(header->sectionSizeHint(column), value + cellPadding);
+    };
+    int stretched = 0;
+    for (int column = IdColumn + 1; column < ColumnCount; ++column)
+        stretched = std::max(stretched, columnWidth(column));
+    const int width = columnWidth(IdColumn) + (ColumnCount - 1) * stretched
+                      + table->verticalScrollBar()->sizeHint().width() + 2 * table->frameWidth();
+    table->setMinimumWidth(width);
 }
 
 QTableWidget* ObjectsTableWidget::tableWidget() const
@@ -100,8 +139,8 @@ void ObjectsTableWidget::insertObjectRow(QTableWidget* table, int row, bool pain
 {
     const QString texts[ColumnCount] = {
         QString::number(id),
-        fixed(xSpeed * KmhPerMps, SpeedDecimals),
-        fixed(ySpeed * KmhPerMps, SpeedDecimals),
+        fixed(RoadObject::kmh(xSpeed), SpeedDecimals),
+        fixed(RoadObject::kmh(ySpeed), SpeedDecimals),
         fixed(xRange, RangeDecimals),
         fixed(yRange, RangeDecimals),
         fixed(length, LengthDecimals),

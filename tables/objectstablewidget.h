@@ -50,7 +50,12 @@ public slots:
                    double length, const QDateTime& lastDetected);
     void finishFilling();
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
+    void doFitWidthToTexts();
+
     Ui::ObjectsTableWidget* m_ui = nullptr;
     bool m_paintObjects = false;
     // The objects of one frame mostly share their update time; converting it to local

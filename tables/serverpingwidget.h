@@ -1,10 +1,10 @@
 #pragma once
 
-#include "statelabel.h"
+#include "serverreportlabel.h"
 
 // The latest keep-alive round trip to the radar server. Shown from a latency report
 // until the next connection event.
-class ServerPingWidget : public StateLabel
+class ServerPingWidget : public ServerReportLabel
 {
     Q_OBJECT
 
@@ -13,8 +13,4 @@ public:
 
 public slots:
     void showPingLatency(quint64 milliseconds);
-    void showConnecting();
-    void showConnected();
-    void showNotConnected();
-    void showDisconnected();
 };

@@ -1,11 +1,8 @@
 #include "serverprotocolwidget.h"
 
 ServerProtocolWidget::ServerProtocolWidget(QWidget* parent)
-    : StateLabel(parent)
-{
-    // Nothing to show before the first report.
-    hide();
-}
+    : ServerReportLabel(parent)
+{ }
 
 void ServerProtocolWidget::showServerProtocol(int protocol)
 {
@@ -17,24 +14,4 @@ void ServerProtocolWidget::showServerProtocol(int protocol)
         return;
     }
     show();
-}
-
-void ServerProtocolWidget::showConnecting()
-{
-    hide();
-}
-
-void ServerProtocolWidget::showConnected()
-{
-    hide();
-}
-
-void ServerProtocolWidget::showNotConnected()
-{
-    hide();
-}
-
-void ServerProtocolWidget::showDisconnected()
-{
-    hide();
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "statelabel.h"
+#include "serverreportlabel.h"
 
 // The protocol variant the radar server reports it uses. Shown from a report until the
 // next connection event.
-class ServerProtocolWidget : public StateLabel
+class ServerProtocolWidget : public ServerReportLabel
 {
     Q_OBJECT
 
@@ -13,8 +13,4 @@ public:
 
 public slots:
     void showServerProtocol(int protocol);
-    void showConnecting();
-    void showConnected();
-    void showNotConnected();
-    void showDisconnected();
 };

@@ -9,11 +9,8 @@ const QString WorkerMarker = QStringLiteral("%w");
 } // namespace
 
 ServerStateWidget::ServerStateWidget(QWidget* parent)
-    : StateLabel(parent)
-{
-    // Nothing to show before the first report.
-    hide();
-}
+    : ServerReportLabel(parent)
+{ }
 
 void ServerStateWidget::showServerState(int state, const QString& serverUrl,
                                         const QString& portName)
@@ -69,24 +66,4 @@ void ServerStateWidget::doUpdateText()
     const QString worker
         = m_hardwareInfo.isEmpty() ? tr("Working on") : tr("%1 on").arg(m_hardwareInfo);
     setText(QString(m_template).replace(WorkerMarker, worker));
-}
-
-void ServerStateWidget::showConnecting()
-{
-    hide();
-}
-
-void ServerStateWidget::showConnected()
-{
-    hide();
-}
-
-void ServerStateWidget::showNotConnected()
-{
-    hide();
-}
-
-void ServerStateWidget::showDisconnected()
-{
-    hide();
 }

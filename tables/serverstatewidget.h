@@ -1,10 +1,10 @@
 #pragma once
 
-#include "statelabel.h"
+#include "serverreportlabel.h"
 
 // What the radar server reports it is doing with the radar's serial port, and, once
 // the radar works, which radar it is.
-class ServerStateWidget : public StateLabel
+class ServerStateWidget : public ServerReportLabel
 {
     Q_OBJECT
 
@@ -15,10 +15,6 @@ public slots:
     void showServerState(int state, const QString& serverUrl, const QString& portName);
     void showRadarState(int state);
     void showRadarHardwareInfo(const QString& info);
-    void showConnecting();
-    void showConnected();
-    void showNotConnected();
-    void showDisconnected();
 
 signals:
     // Asks the radar which hardware it is; answered by showRadarHardwareInfo.

@@ -250,19 +250,19 @@
     </message>
     <message>
         <source>X speed, km/h</source>
-        <translation>X-Geschw., km/h</translation>
+        <translation>vX, km/h</translation>
     </message>
     <message>
         <source>Y speed, km/h</source>
-        <translation>Y-Geschw., km/h</translation>
+        <translation>vY, km/h</translation>
     </message>
     <message>
         <source>X range, m</source>
-        <translation>X-Abstand, m</translation>
+        <translation>X, m</translation>
     </message>
     <message>
         <source>Y range, m</source>
-        <translation>Y-Abstand, m</translation>
+        <translation>Y, m</translation>
     </message>
     <message>
         <source>Length, m</source>
@@ -270,7 +270,7 @@
     </message>
     <message>
         <source>Updated</source>
-        <translation>Aktualisiert</translation>
+        <translation>Zeit</translation>
     </message>
 </context>
 <context>

@@ -1,6 +1,10 @@
 #include "statelabel.h"
 
+#include <QPainter>
 #include <QPalette>
+#include <QStyle>
+
+#include <algorithm>
 
 StateLabel::StateLabel(QWidget* parent, Qt::WindowFlags flags)
     : QLabel(parent, flags)
@@ -48,4 +52,37 @@ void StateLabel::fixMinWidth()
 {
     if (width() >= minimumWidth())
         setMinimumWidth(width() + 1);
+}
+
+void StateLabel::setElideMode(Qt::TextElideMode mode)
+{
+    if (m_elideMode == mode)
+        return;
+    m_elideMode = mode;
+    updateGeometry();
+    update();
+}
+
+QSize StateLabel::minimumSizeHint() const
+{
+    const QSize hint = QLabel::minimumSizeHint();
+    if (m_elideMode == Qt::ElideNone)
+        return hint;
+    // Room for the ellipsis and a letter or two either side of it.
+    const int least = fontMetrics().horizontalAdvance(QStringLiteral("[W\u2026]"));
+    return QSize(std::min(hint.width(), least + 2 * margin() + 2 * frameWidth()), hint.height());
+}
+
+void StateLabel::paintEvent(QPaintEvent* event)
+{
+    const QRect room = contentsRect().adjusted(margin(), margin(), -margin(), -margin());
+    if (m_elideMode == Qt::ElideNone || textFormat() == Qt::RichText
+        || fontMetrics().horizontalAdvance(text()) <= room.width()) {
+        QLabel::paintEvent(event);
+        return;
+    }
+    QPainter painter(this);
+    const QString shown = fontMetrics().elidedText(text(), m_elideMode, room.width());
+    style()->drawItemText(&painter, room, int(alignment()), palette(), isEnabled(), shown,
+                          foregroundRole());
 }

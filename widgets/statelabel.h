@@ -17,4 +17,17 @@ public:
     void setFontPixelSize(int size);
     // Makes the present width the least width, so that the label never shrinks.
     void fixMinWidth();
+    // With a mode other than Qt::ElideNone the label gives way when its row runs out of
+    // room: it may become narrower than its text, which it then cuts with an ellipsis.
+    // A long report in a status bar so never widens the window.
+    void setElideMode(Qt::TextElideMode mode);
+    Qt::TextElideMode elideMode() const { return m_elideMode; }
+
+    QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    Qt::TextElideMode m_elideMode = Qt::ElideNone;
 };

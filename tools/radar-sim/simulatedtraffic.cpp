@@ -1,5 +1,7 @@
 #include "simulatedtraffic.h"
 
+#include "roadobject.h"
+
 #include <QLineF>
 #include <QtMath>
 
@@ -79,13 +81,13 @@ void SimulatedTraffic::newVehicle(Vehicle& v)
     const double kind = m_rng.generateDouble();
     if (kind < 0.72) { // car
         v.length = uniform(3.8, 5.2);
-        v.desiredSpeed = uniform(60, 130) / 3.6;
+        v.desiredSpeed = uniform(60, 130) / RoadObject::KmhPerMps;
     } else if (kind < 0.85) { // van
         v.length = uniform(5.4, 7.5);
-        v.desiredSpeed = uniform(50, 110) / 3.6;
+        v.desiredSpeed = uniform(50, 110) / RoadObject::KmhPerMps;
     } else { // truck
         v.length = uniform(12, 18);
-        v.desiredSpeed = uniform(30, 90) / 3.6;
+        v.desiredSpeed = uniform(30, 90) / RoadObject::KmhPerMps;
     }
     v.speed = v.desiredSpeed;
     v.wanderAmplitude = uniform(0.05, 0.35);
