@@ -143,14 +143,14 @@ MainWindow::MainWindow(QWidget* parent)
                     &MainWindow::onControlCollapsedChanged);
     }
 
-    // A long report (a server address, a radar's hardware name) is cut short rather than
-    // widen the window beyond the size the operator gave it.
+    // The reports of unbounded length, a server's address and a radar's hardware name,
+    // are cut short rather than widen the window beyond the size the operator gave it.
+    m_serverConnectionWidget->setElideMode(Qt::ElideMiddle);
+    m_serverStateWidget->setElideMode(Qt::ElideMiddle);
     for (StateLabel* label : std::initializer_list<StateLabel*>{
              m_serverPingWidget, m_serverConnectionWidget, m_serverStateWidget,
-             m_serverProtocolWidget, m_radarStateWidget}) {
-        label->setElideMode(Qt::ElideMiddle);
+             m_serverProtocolWidget, m_radarStateWidget})
         statusBar()->addPermanentWidget(label);
-    }
 
     doMakeFixedConnections();
 

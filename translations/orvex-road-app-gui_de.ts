@@ -404,7 +404,7 @@
     </message>
 </context>
 <context>
-    <name>RoadObjectsWidget</name>
+    <name>SchemeObjectsLayer</name>
     <message>
         <source>%1 km/h</source>
         <translation>%1 km/h</translation>

@@ -5,6 +5,7 @@
 #include "orvexserialdunvelprotocolclient.h"
 #include "orvexserialpakorprotocolclient.h"
 #include "questionanswerer.h"
+#include "serverstatewidget.h"
 #include "testrecords.h"
 #include "workprofilehandler.h"
 
@@ -15,6 +16,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPointer>
+#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -41,6 +43,7 @@ private slots:
     void unrequestedHardwareInfoOpensNoMessageBox();
     void imitatorModeSwapsTheSchemeForItsSpeed();
     void closingSavesTheProfiles();
+    void keepsTheOperatorsSize();
 
 private:
     void writeSettings(const QJsonObject& profile);
@@ -465,6 +468,28 @@ void tst_MainWindow::closingSavesTheProfiles()
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QJsonObject saved = QJsonDocument::fromJson(file.readAll()).object();
     QCOMPARE(saved["profiles"][0]["name"].toString(), QString("Night shift"));
+}
+
+void tst_MainWindow::keepsTheOperatorsSize()
+{
+    // A report far longer than the status bar: the window keeps its width and cuts the
+    // report short.
+    QVERIFY(openWindow());
+    QVERIFY(m_server->waitForClient());
+    QTRY_VERIFY(m_window->radarClient()->isConnected());
+    QVERIFY(waitForLayout());
+    const QSize size = m_window->size();
+    const QString port = "/dev/serial/by-id/usb-" + QString(300, 'x');
+    m_server->sendText(QJsonDocument(QJsonObject{{"command", IOrvexClient::ServerStateReport},
+                                                 {"result", 0},
+                                                 {"server_state", 5},
+                                                 {"port_name", port}})
+                           .toJson());
+    auto* state = m_window->findChild<ServerStateWidget*>();
+    QTRY_VERIFY(state->isVisible() && state->text().contains(port));
+    QVERIFY(state->width() < state->fontMetrics().horizontalAdvance(state->text()));
+    QVERIFY(m_window->minimumSizeHint().width() <= size.width());
+    QCOMPARE(m_window->size(), size);
 }
 
 QTEST_MAIN(tst_MainWindow)

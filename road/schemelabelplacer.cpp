@@ -1,0 +1,110 @@
+#include "schemelabelplacer.h"
+
+namespace {
+
+// Pixels between a label and its object, and between two rings of places around it.
+constexpr int Gap = 3;
+constexpr int Rings = 5;
+constexpr int PlacesPerRing = 8;
+
+// The k-th place of a ring `distance` pixels around the glyph: right, left, above,
+// below, then the four corners.
+QRect placeAround(const QRect& glyph, const QSize& size, int distance, int k)
+{
+    const int w = size.width();
+    const int h = size.height();
+    const QPoint c = glyph.center();
+    const int right = glyph.right() + 1 + distance;
+    const int left = glyph.left() - distance - w;
+    const int above = glyph.top() - distance - h;
+    const int below = glyph.bottom() + 1 + distance;
+    switch (k) {
+    case 0: return QRect(right, c.y() - h / 2, w, h);
+    case 1: return QRect(left, c.y() - h / 2, w, h);
+    case 2: return QRect(c.x() - w / 2, above, w, h);
+    case 3: return QRect(c.x() - w / 2, below, w, h);
+    case 4: return QRect(right, above, w, h);
+    case 5: return QRect(right, below, w, h);
+    case 6: return QRect(left, above, w, h);
+    default: return QRect(left, below, w, h);
+    }
+}
+
+} // namespace
+
+void SchemeLabelPlacer::reset(const QRect& view)
+{
+    m_view = view;
+    m_glyphs.clear();
+    m_labels.clear();
+}
+
+SchemeLabelPlacer::Placement SchemeLabelPlacer::place(const Label& label)
+{
+    Placement placement;
+    const QRect usual(
+        QPoint(label.anchor.x() + label.clearance, label.anchor.y() - label.size.height() / 2),
+        label.size);
+    if (isFree(usual)) {
+        placement.box = usual;
+    } else if (findPlace(label, label.size, placement.box)) {
+        placement.moved = true;
+    } else {
+        placement.shortened = true;
+        const QRect usualShort(QPoint(label.anchor.x() + label.clearance,
+                                      label.anchor.y() - label.shortSize.height() / 2),
+                               label.shortSize);
+        if (isFree(usualShort))
+            placement.box = usualShort;
+        else if (findPlace(label, label.shortSize, placement.box))
+            placement.moved = true;
+        else
+            placement.box = usualShort; // over the others, the id still readable
+    }
+    m_labels.append(placement.box);
+    return placement;
+}
+
+bool SchemeLabelPlacer::findPlace(const Label& label, const QSize& size, QRect& box) const
+{
+    // The nearest place clear of labels and objects; failing that, the nearest clear of
+    // labels.
+    bool found = false;
+    for (int ring = 0; ring < Rings; ++ring) {
+        const int distance = Gap + ring * (size.height() + Gap);
+        for (int k = 0; k < PlacesPerRing; ++k) {
+            const QRect candidate = placeAround(label.glyph, size, distance, k);
+            if (!isFree(candidate))
+                continue;
+            if (coversNoGlyph(candidate)) {
+                box = candidate;
+                return true;
+            }
+            if (!found) {
+                box = candidate;
+                found = true;
+            }
+        }
+    }
+    return found;
+}
+
+bool SchemeLabelPlacer::isFree(const QRect& box) const
+{
+    if (!m_view.contains(box))
+        return false;
+    for (const QRect& other : m_labels) {
+        if (other.intersects(box))
+            return false;
+    }
+    return true;
+}
+
+bool SchemeLabelPlacer::coversNoGlyph(const QRect& box) const
+{
+    for (const QRect& glyph : m_glyphs) {
+        if (glyph.intersects(box))
+            return false;
+    }
+    return true;
+}

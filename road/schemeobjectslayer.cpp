@@ -1,0 +1,112 @@
+#include "schemeobjectslayer.h"
+
+#include "objectcolor.h"
+#include "schemegeometry.h"
+
+#include <QPainter>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int LabelPadding = 2; // pixels either side of a side label's text
+constexpr int LabelClearance = 3; // between the object's reach and its label's usual place
+
+} // namespace
+
+void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
+                               const QVector<quint8>& order,
+                               const QMap<quint8, RoadObject>& objects)
+{
+    const QFontMetrics metrics(painter.font());
+    if (painter.font() != m_measuredFont) {
+        m_measuredFont = painter.font();
+        m_advances.clear();
+    }
+    m_placer.reset(QRect(QPoint(0, 0), g.size()));
+    m_sideLabels.clear();
+    m_placements.clear();
+
+    for (quint8 id : order) {
+        const auto it = objects.constFind(id);
+        if (it == objects.constEnd())
+            continue;
+        const RoadObject& o = *it;
+        const quint8 colorId = m_paintObjects ? o.id : 0;
+        const QColor& fill = ObjectColor::base(colorId);
+        const QSize size = g.objectPixelSize(o.length);
+        const int length = size.width();
+        const int width = size.height();
+        // The glyph starts at the reported point and extends along its heading.
+        const QRect body
+            = g.isVertical()
+                  ? QRect(QPoint(-width / 2, -length), QPoint(width - width / 2 - 2, -2))
+                  : QRect(QPoint(0, -width / 2), QPoint(length - 2, width - width / 2 - 2));
+        const QPoint at = g.xyToScreen(o.xRange, o.yRange);
+
+        QTransform transform;
+        transform.translate(at.x(), at.y());
+        transform.rotate(-g.objectHeading(o.xSpeed, o.ySpeed));
+        painter.setTransform(transform);
+        painter.setPen(QPen(fill, 1.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+        painter.setBrush(fill);
+        painter.drawRect(body);
+        const QRect glyph = transform.mapRect(body).adjusted(0, 0, 1, 1);
+        m_placer.addGlyph(glyph);
+        if (length >= MinLabelledSize && width >= MinLabelledSize) {
+            painter.setPen(ObjectColor::text(colorId));
+            painter.drawText(body, Qt::AlignCenter, QString::number(o.id));
+            continue;
+        }
+        // Too small to carry its id: a label beside it, clear of the glyph whichever
+        // way it points, placed once every glyph is known.
+        SideLabel side;
+        side.id = o.id;
+        side.anchor = at;
+        side.text = QStringLiteral("[%1] ").arg(o.id)
+                    + tr("%1 km/h").arg(RoadObject::kmh(o.xSpeed), 0, 'f', 1);
+        const QString shortText = QStringLiteral("[%1]").arg(o.id);
+        side.request.anchor = at;
+        side.request.glyph = glyph;
+        side.request.clearance = std::max(length, width) + LabelClearance;
+        side.request.size
+            = QSize(textWidth(side.text, metrics) + 2 * LabelPadding, metrics.height());
+        side.request.shortSize
+            = QSize(textWidth(shortText, metrics) + 2 * LabelPadding, metrics.height());
+        m_sideLabels.append(side);
+    }
+    painter.resetTransform();
+    painter.setBrush(Qt::NoBrush);
+
+    for (const SideLabel& side : qAsConst(m_sideLabels)) {
+        const SchemeLabelPlacer::Placement placement = m_placer.place(side.request);
+        m_placements.append(placement);
+        const quint8 colorId = m_paintObjects ? side.id : 0;
+        const QColor& fill = ObjectColor::base(colorId);
+        if (placement.moved) {
+            // A thin leader from the object to the nearest point of its label.
+            const QRect& box = placement.box;
+            const QPoint to(std::clamp(side.anchor.x(), box.left(), box.right()),
+                            std::clamp(side.anchor.y(), box.top(), box.bottom()));
+            painter.setPen(QPen(fill, 1.0));
+            painter.drawLine(side.anchor, to);
+        }
+        painter.fillRect(placement.box, fill);
+        painter.setPen(ObjectColor::text(colorId));
+        painter.drawText(placement.box.left() + LabelPadding,
+                         placement.box.top() + metrics.ascent(),
+                         placement.shortened ? QStringLiteral("[%1]").arg(side.id) : side.text);
+    }
+}
+
+int SchemeObjectsLayer::textWidth(const QString& text, const QFontMetrics& metrics)
+{
+    int width = 0;
+    for (const QChar c : text) {
+        auto it = m_advances.find(c);
+        if (it == m_advances.end())
+            it = m_advances.insert(c, metrics.horizontalAdvance(c));
+        width += *it;
+    }
+    return width;
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "roadobject.h"
+#include "schemelabelplacer.h"
+
+#include <QCoreApplication>
+#include <QFont>
+#include <QHash>
+#include <QMap>
+#include <QVector>
+
+class QFontMetrics;
+class QPainter;
+class SchemeGeometry;
+
+// The objects of the current frame on the traffic scheme: each a rectangle along its
+// heading, in its own colour or in white, with its id inside when it is big enough,
+// else with a side label of its id and speed. Side labels are placed so that none
+// covers another.
+class SchemeObjectsLayer
+{
+    Q_DECLARE_TR_FUNCTIONS(SchemeObjectsLayer)
+
+public:
+    static constexpr int MinLabelledSize = 16; // pixels an object needs to carry its id
+
+    void setPaintObjects(bool paint) { m_paintObjects = paint; }
+    // Paints the objects in display order, then their side labels over them.
+    void paint(QPainter& painter, const SchemeGeometry& geometry, const QVector<quint8>& order,
+               const QMap<quint8, RoadObject>& objects);
+
+    // Where the last paint put the side labels, in display order.
+    const QVector<SchemeLabelPlacer::Placement>& labels() const { return m_placements; }
+
+private:
+    struct SideLabel
+    {
+        quint8 id = 0;
+        QPoint anchor;
+        QString text;
+        SchemeLabelPlacer::Label request;
+    };
+
+    // Label widths from the advance of each character: a label's text changes with
+    // every frame, its few characters do not.
+    int textWidth(const QString& text, const QFontMetrics& metrics);
+
+    SchemeLabelPlacer m_placer;
+    QFont m_measuredFont;
+    QHash<QChar, int> m_advances;
+    QVector<SideLabel> m_sideLabels;
+    QVector<SchemeLabelPlacer::Placement> m_placements;
+    bool m_paintObjects = false;
+};

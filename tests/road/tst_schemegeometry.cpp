@@ -1,0 +1,220 @@
+#include "schemegeometry.h"
+#include "schemelabelplacer.h"
+
+#include <QtTest>
+
+// The traffic scheme's headless parts: the mapping from metres to pixels in both
+// orientations, object glyph sizes and headings, and the placing of side labels.
+class tst_SchemeGeometry : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void viewArea_data();
+    void viewArea();
+    void screenTransform_data();
+    void screenTransform();
+    void objectSizes_data();
+    void objectSizes();
+    void headings_data();
+    void headings();
+    void labelsNeverCoverOneAnother_data();
+    void labelsNeverCoverOneAnother();
+
+private:
+    // A 100 m road 20 m wide, centred on the radar's line.
+    static SchemeGeometry geometry(const QSize& size, bool vertical = false, bool keep = true)
+    {
+        SchemeGeometry g;
+        g.rescale(SchemeGeometry::viewAreaFor(QRectF(0, -10, 100, 20)), size, vertical, keep);
+        return g;
+    }
+};
+
+void tst_SchemeGeometry::viewArea_data()
+{
+    QTest::addColumn<QRectF>("road");
+    QTest::addColumn<QRectF>("view");
+    QTest::newRow("empty road: 5 m ahead, 2 m aside") << QRectF() << QRectF(0, -2, 5, 4);
+    QTest::newRow("road behind the radar kept")
+        << QRectF(-30, -8, 100, 10) << QRectF(-30, -8, 100, 10);
+    QTest::newRow("narrow road widened to 2 m aside")
+        << QRectF(10, -1, 50, 1.5) << QRectF(0, -2, 60, 4);
+}
+
+void tst_SchemeGeometry::viewArea()
+{
+    QFETCH(QRectF, road);
+    QFETCH(QRectF, view);
+    QCOMPARE(SchemeGeometry::viewAreaFor(road), view);
+    SchemeGeometry g;
+    g.rescale(view, QSize(400, 300), false, true);
+    QVERIFY(g.isValid());
+    g.rescale(view, QSize(39, 300), false, true); // too small to draw in
+    QVERIFY(!g.isValid());
+}
+
+void tst_SchemeGeometry::screenTransform_data()
+{
+    QTest::addColumn<bool>("vertical");
+    QTest::addColumn<bool>("keep");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<double>("scaleX");
+    QTest::addColumn<double>("scaleY");
+    QTest::addColumn<QPoint>("origin");
+    QTest::addColumn<QPoint>("at10m2m"); // where the road point (10, 2) lands
+
+    // 540 px along gives (540 - 40) / 100 = 5 px/m; 208 px across gives (208 - 8) / 20.
+    QTest::newRow("horizontal, one scale")
+        << false << true << QSize(540, 208) << 5.0 << 5.0 << QPoint(36, 103) << QPoint(86, 93);
+    QTest::newRow("horizontal, scales apart")
+        << false << false << QSize(540, 208) << 5.0 << 10.0 << QPoint(36, 103) << QPoint(86, 83);
+    QTest::newRow("vertical, one scale")
+        << true << true << QSize(208, 540) << 5.0 << 5.0 << QPoint(103, 504) << QPoint(93, 454);
+    QTest::newRow("vertical, scales apart")
+        << true << false << QSize(208, 540) << 5.0 << 10.0 << QPoint(103, 504) << QPoint(83, 454);
+}
+
+void tst_SchemeGeometry::screenTransform()
+{
+    QFETCH(bool, vertical);
+    QFETCH(bool, keep);
+    QFETCH(QSize, size);
+    QFETCH(double, scaleX);
+    QFETCH(double, scaleY);
+    QFETCH(QPoint, origin);
+    QFETCH(QPoint, at10m2m);
+
+    const SchemeGeometry g = geometry(size, vertical, keep);
+    QVERIFY(g.isValid());
+    QCOMPARE(g.scaleX(), scaleX);
+    QCOMPARE(g.scaleY(), scaleY);
+    QCOMPARE(g.aspect(), scaleY / scaleX);
+    QCOMPARE(g.origin(), origin);
+    QCOMPARE(g.xyToScreen(0, 0), origin);
+    QCOMPARE(g.xyToScreen(10, 2), at10m2m);
+    // A point far out of sight stays a pixel rather than overflow.
+    const QPoint far = g.xyToScreen(1e300, -1e300);
+    QVERIFY(qAbs(far.x()) < 100000000 && qAbs(far.y()) < 100000000);
+}
+
+void tst_SchemeGeometry::objectSizes_data()
+{
+    QTest::addColumn<bool>("keep");
+    QTest::addColumn<double>("length");
+    QTest::addColumn<QSize>("pixels"); // along the heading, across it, at 5 px/m
+
+    QTest::newRow("car, one scale") << true << 4.0 << QSize(20, 10);
+    QTest::newRow("length 0 drawn 1 m by 1 m") << true << 0.0 << QSize(5, 5);
+    QTest::newRow("length 1.8 is 1 m wide") << true << 1.8 << QSize(9, 5);
+    QTest::newRow("length 2.0 is 2 m wide") << true << 2.0 << QSize(10, 10);
+    QTest::newRow("car, free zoom: 64 px whatever the scale") << false << 4.0 << QSize(64, 32);
+    QTest::newRow("truck, free zoom") << false << 16.5 << QSize(264, 32);
+}
+
+void tst_SchemeGeometry::objectSizes()
+{
+    QFETCH(bool, keep);
+    QFETCH(double, length);
+    QFETCH(QSize, pixels);
+    QCOMPARE(geometry(QSize(540, 208), false, keep).objectPixelSize(length), pixels);
+    // Zooming in (10 px/m) changes only the sizes that follow the scale.
+    QCOMPARE(geometry(QSize(1040, 408), false, keep).objectPixelSize(length),
+             keep ? pixels * 2 : pixels);
+}
+
+void tst_SchemeGeometry::headings_data()
+{
+    QTest::addColumn<bool>("keep");
+    QTest::addColumn<double>("xSpeed");
+    QTest::addColumn<double>("ySpeed");
+    QTest::addColumn<double>("heading");
+
+    QTest::newRow("along X") << true << 10.0 << 0.0 << 0.0;
+    QTest::newRow("against X") << true << -10.0 << 0.0 << 180.0;
+    QTest::newRow("against X, drifting left") << true << -10.0 << 10.0 << 135.0;
+    QTest::newRow("across only, to the right") << true << 0.0 << -5.0 << -90.0;
+    QTest::newRow("standing still") << true << 0.0 << 0.0 << 0.0;
+    // Scales apart (aspect 2): the heading follows the distortion and folds into
+    // -90..90, so a vehicle going against X faces along it.
+    QTest::newRow("diagonal, scales apart") << false << 10.0 << 10.0 << 63.434948822922;
+    QTest::newRow("against X, scales apart, folded") << false << -10.0 << 0.0 << 0.0;
+    QTest::newRow("against X, drifting left, folded") << false << -10.0 << 10.0 << -63.434948822922;
+}
+
+void tst_SchemeGeometry::headings()
+{
+    QFETCH(bool, keep);
+    QFETCH(double, xSpeed);
+    QFETCH(double, ySpeed);
+    QFETCH(double, heading);
+    const double got = geometry(QSize(540, 208), false, keep).objectHeading(xSpeed, ySpeed);
+    QVERIFY2(qAbs(got - heading) < 1e-6, qPrintable(QString::number(got, 'g', 12)));
+}
+
+void tst_SchemeGeometry::labelsNeverCoverOneAnother_data()
+{
+    QTest::addColumn<int>("objects");
+    QTest::addColumn<QPoint>("spacing"); // between neighbouring objects, pixels
+    QTest::addColumn<bool>("someMoved"); // some labels cannot stay at their usual place
+    QTest::addColumn<bool>("someShortened"); // some are cut to the id
+
+    QTest::newRow("far apart: every label at its usual place")
+        << 4 << QPoint(150, 0) << false << false;
+    QTest::newRow("side by side across the road") << 2 << QPoint(0, 8) << true << false;
+    QTest::newRow("a platoon along a lane") << 6 << QPoint(30, 0) << true << false;
+    QTest::newRow("at the view's edge: moved inside") << 1 << QPoint() << true << false;
+    QTest::newRow("a crowd with no room left: ids only") << 40 << QPoint(3, 2) << true << true;
+}
+
+void tst_SchemeGeometry::labelsNeverCoverOneAnother()
+{
+    QFETCH(int, objects);
+    QFETCH(QPoint, spacing);
+    QFETCH(bool, someMoved);
+    QFETCH(bool, someShortened);
+
+    const QRect view(0, 0, 800, 200);
+    SchemeLabelPlacer placer;
+    placer.reset(view);
+    QVector<SchemeLabelPlacer::Label> labels;
+    for (int i = 0; i < objects; ++i) {
+        SchemeLabelPlacer::Label label;
+        label.anchor = objects == 1 ? QPoint(750, 100) : QPoint(100, 100) + spacing * i;
+        label.glyph = QRect(label.anchor - QPoint(0, 3), QSize(12, 6));
+        label.clearance = 15;
+        label.size = QSize(90, 14);
+        label.shortSize = QSize(30, 14);
+        placer.addGlyph(label.glyph);
+        labels.append(label);
+    }
+    QVector<SchemeLabelPlacer::Placement> placed;
+    for (const auto& label : qAsConst(labels))
+        placed.append(placer.place(label));
+
+    bool moved = false;
+    bool shortened = false;
+    for (int i = 0; i < placed.size(); ++i) {
+        const SchemeLabelPlacer::Placement& p = placed.at(i);
+        moved = moved || p.moved;
+        shortened = shortened || p.shortened;
+        QCOMPARE(p.box.size(), p.shortened ? labels[i].shortSize : labels[i].size);
+        if (!p.moved && !p.shortened)
+            QCOMPARE(p.box.topLeft(), labels[i].anchor + QPoint(15, -7));
+        if (p.moved && !someShortened) // with room enough a moved label covers no object
+            for (const auto& other : qAsConst(labels))
+                QVERIFY(!other.glyph.intersects(p.box));
+    }
+    QCOMPARE(moved, someMoved);
+    QCOMPARE(shortened, someShortened);
+    if (someShortened)
+        return; // where nothing is free the ids go over one another
+    for (int i = 0; i < placed.size(); ++i) {
+        QVERIFY(view.contains(placed[i].box));
+        for (int j = 0; j < i; ++j)
+            QVERIFY(!placed[i].box.intersects(placed[j].box));
+    }
+}
+
+QTEST_MAIN(tst_SchemeGeometry)
+#include "tst_schemegeometry.moc"
