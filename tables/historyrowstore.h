@@ -32,8 +32,7 @@ public:
     void removeFirst(int count);
     void clear();
 
-    template<typename F>
-    void forEach(F f) const
+    template<typename F> void forEach(F f) const
     {
         for (const std::vector<Row>& chunk : m_chunks)
             for (const Row& row : chunk)

@@ -34,8 +34,7 @@ HistoryTableWidget::HistoryTableWidget(QWidget* parent, Qt::WindowFlags flags)
     connect(m_ui->pauseWorkButton, &QPushButton::toggled, this,
             &HistoryTableWidget::onPauseToggled);
     connect(m_ui->clearTableButton, &QPushButton::clicked, this, &HistoryTableWidget::doClear);
-    connect(m_ui->saveToFileButton, &QPushButton::clicked, this,
-            &HistoryTableWidget::doSaveToFile);
+    connect(m_ui->saveToFileButton, &QPushButton::clicked, this, &HistoryTableWidget::doSaveToFile);
     connect(table->verticalScrollBar(), &QScrollBar::valueChanged, this,
             &HistoryTableWidget::onScrolled);
 }
@@ -52,8 +51,7 @@ QTableView* HistoryTableWidget::tableView() const
 
 QString HistoryTableWidget::exportDirectory()
 {
-    return QStringLiteral("%1/%2").arg(QCoreApplication::applicationDirPath(),
-                                       ExportDirectoryName);
+    return QStringLiteral("%1/%2").arg(QCoreApplication::applicationDirPath(), ExportDirectoryName);
 }
 
 QString HistoryTableWidget::exportFileName(const QDateTime& localTime)
