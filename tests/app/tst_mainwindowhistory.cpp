@@ -31,7 +31,16 @@ private slots:
     void measuredObjectsReachTheHistory();
 
 private:
-    QJsonValue profileValue(const QString& path) const;
+    // The control's "visible" in the current profile, and the profile's name.
+    QJsonValue historyStoredVisible() const
+    {
+        return QJsonValue(profile()["view"])["controls"]["12"]["visible"];
+    }
+    QJsonObject profile() const
+    {
+        WorkProfileHandler* handler = m_window->profileHandler();
+        return handler->profile(handler->currentProfileId());
+    }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_previousDir;
@@ -67,15 +76,6 @@ void tst_MainWindowHistory::cleanup()
     m_dir.reset();
 }
 
-QJsonValue tst_MainWindowHistory::profileValue(const QString& path) const
-{
-    WorkProfileHandler* handler = m_window->profileHandler();
-    QJsonValue value = handler->profile(handler->currentProfileId());
-    for (const QString& key : path.split('/'))
-        value = value.toObject().value(key);
-    return value;
-}
-
 void tst_MainWindowHistory::menuOpensItAndClosingStoresItHidden()
 {
     QAction* item = nullptr;
@@ -93,14 +93,14 @@ void tst_MainWindowHistory::menuOpensItAndClosingStoresItHidden()
     QCOMPARE(history->parentWidget(), m_window.get());
     QCOMPARE(history->windowModality(), Qt::NonModal);
     QCOMPARE(history->windowTitle(),
-             QString("Objects history — %1").arg(profileValue("name").toString()));
-    QCOMPARE(profileValue("view/controls/12/visible"), QJsonValue(true));
+             QString("Objects history — %1").arg(profile()["name"].toString()));
+    QCOMPARE(historyStoredVisible(), QJsonValue(true));
 
     // Closed by the operator: unticked, stored hidden, and the log stops.
     QVERIFY(history->close());
     QVERIFY(!history->isVisible() && !history->isEnabled());
     QVERIFY(!item->isChecked());
-    QCOMPARE(profileValue("view/controls/12/visible"), QJsonValue(false));
+    QCOMPARE(historyStoredVisible(), QJsonValue(false));
 }
 
 void tst_MainWindowHistory::measuredObjectsReachTheHistory()
