@@ -67,21 +67,23 @@ QString HistoryTableModel::timeText(qint32 timeOfDayMs)
     return text;
 }
 
-QString HistoryTableModel::text(int row, int column) const
+QString HistoryTableModel::cellText(const HistoryRowStore::Row& row, int column)
 {
-    if (row < 0 || row >= m_rows.size())
-        return QString();
-    const HistoryRowStore::Row& r = m_rows.at(row);
     switch (column) {
-    case Table::IdColumn: return QString::number(r.id);
-    case Table::XSpeedColumn: return Table::valueText(column, r.xSpeed);
-    case Table::YSpeedColumn: return Table::valueText(column, r.ySpeed);
-    case Table::XRangeColumn: return Table::valueText(column, r.xRange);
-    case Table::YRangeColumn: return Table::valueText(column, r.yRange);
-    case Table::LengthColumn: return Table::valueText(column, r.length);
-    case Table::UpdatedColumn: return timeText(r.timeOfDayMs);
+    case Table::IdColumn: return QString::number(row.id);
+    case Table::XSpeedColumn: return Table::valueText(column, row.xSpeed);
+    case Table::YSpeedColumn: return Table::valueText(column, row.ySpeed);
+    case Table::XRangeColumn: return Table::valueText(column, row.xRange);
+    case Table::YRangeColumn: return Table::valueText(column, row.yRange);
+    case Table::LengthColumn: return Table::valueText(column, row.length);
+    case Table::UpdatedColumn: return timeText(row.timeOfDayMs);
     default: return QString();
     }
+}
+
+QString HistoryTableModel::text(int row, int column) const
+{
+    return row >= 0 && row < m_rows.size() ? cellText(m_rows.at(row), column) : QString();
 }
 
 QVariant HistoryTableModel::data(const QModelIndex& index, int role) const
@@ -192,18 +194,13 @@ bool HistoryTableModel::writeText(QIODevice* device) const
         if (!written)
             return;
         line = QStringLiteral("|");
-        appendCell(line, QString::number(r.id), Table::IdColumn);
-        appendCell(line, Table::valueText(Table::XSpeedColumn, r.xSpeed), Table::XSpeedColumn);
-        appendCell(line, Table::valueText(Table::YSpeedColumn, r.ySpeed), Table::YSpeedColumn);
-        appendCell(line, Table::valueText(Table::XRangeColumn, r.xRange), Table::XRangeColumn);
-        appendCell(line, Table::valueText(Table::YRangeColumn, r.yRange), Table::YRangeColumn);
-        appendCell(line, Table::valueText(Table::LengthColumn, r.length), Table::LengthColumn);
-        appendCell(line, timeText(r.timeOfDayMs), Table::UpdatedColumn);
+        for (int column = 0; column < Table::ColumnCount; ++column)
+            appendCell(line, cellText(r, column), column);
         line += QLatin1Char('\n');
         block += line.toUtf8();
         if (block.size() >= WriteBlockBytes) {
             written = device->write(block) == block.size();
-            block.clear();
+            block.resize(0);
         }
     });
     return written && device->write(block) == block.size();

@@ -47,6 +47,7 @@ public:
     bool writeText(QIODevice* device) const;
 
 private:
+    static QString cellText(const HistoryRowStore::Row& row, int column);
     void beginChanges();
 
     HistoryRowStore m_rows;
