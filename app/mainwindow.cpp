@@ -2,6 +2,7 @@
 
 #include "collapsiblegroupbox.h"
 #include "generalinfowidget.h"
+#include "historytablewidget.h"
 #include "imitatorobjectwidget.h"
 #include "objectshelper.h"
 #include "objectstablewidget.h"
@@ -101,6 +102,7 @@ MainWindow::MainWindow(QWidget* parent)
     , m_objectsHelper(new ObjectsHelper(this))
     , m_profileWidget(new WorkProfileWidget(this, Qt::Window))
     , m_roadConfigWidget(new RoadConfigWidget(this, Qt::Window))
+    , m_historyWidget(new HistoryTableWidget(this, Qt::Window))
     , m_serverPingWidget(new ServerPingWidget(this))
     , m_serverConnectionWidget(new ServerConnectionWidget(this))
     , m_serverStateWidget(new ServerStateWidget(this))
@@ -136,12 +138,15 @@ MainWindow::MainWindow(QWidget* parent)
         {FineTuningControl, m_ui->radarTuningBox},
         {SaveAndRestartControl, m_ui->saveAndRestartBox},
         {GeneralInfoControl, m_ui->generalInfoBox},
+        {ObjectsHistoryControl, m_historyWidget},
     };
     for (QWidget* widget : qAsConst(m_controls)) {
         if (auto* box = qobject_cast<CollapsibleGroupBox*>(widget))
             connect(box, &CollapsibleGroupBox::clicked, this,
                     &MainWindow::onControlCollapsedChanged);
     }
+    connect(m_historyWidget, &StandaloneWidget::aboutToClose, this,
+            &MainWindow::onStandaloneWidgetClosed);
 
     // The reports of unbounded length, a server's address and a radar's hardware name,
     // are cut short rather than widen the window beyond the size the operator gave it.
@@ -249,7 +254,9 @@ void MainWindow::doBuildViewMenu()
          {tr("Configure &limitations"), ConfigureLimitationsControl},
          {tr("Fine &tuning"), FineTuningControl},
          {tr("Set &radar position"), SetRadarPositionControl},
-         {tr("Save &params and restart"), SaveAndRestartControl}},
+         {tr("Save &params and restart"), SaveAndRestartControl},
+         {QString(), 0},
+         {tr("Objects &history"), ObjectsHistoryControl}},
         false, this);
     connect(m_controlsGroup, &QActionGroup::triggered, this,
             &MainWindow::onControlVisibleTriggered);
@@ -318,6 +325,7 @@ void MainWindow::doMakeFixedConnections()
     connect(h, &H::paintObjectsChanged, scheme, &R::setPaintObjects);
     connect(h, &H::paintObjectsChanged, m_ui->objectsTableWidget,
             &ObjectsTableWidget::setPaintObjects);
+    connect(h, &H::paintObjectsChanged, m_historyWidget, &HistoryTableWidget::setPaintObjects);
     connect(h, &H::applyingProfileFinished, this, &MainWindow::doFinishApplyingProfile);
 
     using B = RoadBuilder;
@@ -434,8 +442,10 @@ void MainWindow::doConnectFrameFeed()
     auto* imitator = m_ui->imitatorObjectWidget;
     auto* info = m_ui->generalInfoWidget;
     auto* helper = m_objectsHelper;
+    auto* history = m_historyWidget;
     using R = RoadObjectsWidget;
     using T = ObjectsTableWidget;
+    using H = HistoryTableWidget;
     using I = ImitatorObjectWidget;
     using G = GeneralInfoWidget;
     using O = ObjectsHelper;
@@ -444,9 +454,11 @@ void MainWindow::doConnectFrameFeed()
     connect(c, &C::frameStarted, table, &T::startFilling);
     connect(c, &C::frameStarted, imitator, &I::startFilling);
     connect(c, &C::frameStarted, info, &G::startFilling);
+    connect(c, &C::frameStarted, history, &H::startFilling);
     connect(c, &C::frameStarted, helper, &O::startFilling);
     connect(c, &C::frameDateTimeUtc, scheme, &R::setFrameDateTimeUtc);
     connect(c, &C::frameDateTimeUtc, info, &G::setFrameDateTimeUtc);
+    connect(c, &C::frameDateTimeUtc, history, &H::setFrameDateTimeUtc);
     connect(c, &C::frameDateTimeUtc, helper, &O::setFrameDateTimeUtc);
     connect(c, &C::uptimeInfo, info, &G::showUptimeInfo);
     connect(c, &C::cycleNumber, info, &G::showCycleNumber);
@@ -454,10 +466,12 @@ void MainWindow::doConnectFrameFeed()
     connect(c, &C::objectData, scheme, &R::addObject);
     connect(c, &C::objectData, table, &T::addObject);
     connect(c, &C::objectData, imitator, &I::addObject);
+    connect(c, &C::objectData, history, &H::addObject);
     connect(c, &C::objectData, helper, &O::addObject);
     connect(c, &C::frameFinished, table, &T::finishFilling);
     connect(c, &C::frameFinished, imitator, &I::finishFilling);
     connect(c, &C::frameFinished, info, &G::finishFilling);
+    connect(c, &C::frameFinished, history, &H::finishFilling);
     connect(c, &C::frameFinished, helper, &O::finishFilling);
 }
 
@@ -653,6 +667,13 @@ void MainWindow::onControlCollapsedChanged(bool collapsed)
         m_controls.key(qobject_cast<QWidget*>(sender()), TrafficSchemeAreaControl), collapsed);
 }
 
+void MainWindow::onStandaloneWidgetClosed()
+{
+    // The operator closed a free-standing window: the profile records it hidden.
+    emit controlVisibleChanged(
+        m_controls.key(qobject_cast<QWidget*>(sender()), TrafficSchemeAreaControl), false);
+}
+
 void MainWindow::doSetControlVisible(int control, bool visible)
 {
     QWidget* widget = m_controls.value(control);
@@ -661,9 +682,19 @@ void MainWindow::doSetControlVisible(int control, bool visible)
     checkActionWithData(m_controlsGroup, control, visible);
     doResetWindowLayout(control);
     m_controlVisible[control] = visible;
-    // The scheme area's visibility is the layout's to set.
-    if (control != TrafficSchemeAreaControl)
+    if (control == ObjectsHistoryControl) {
+        // The history logs only while its window is open; closing it drops the log.
+        if (visible) {
+            m_historyWidget->showStandalone(false, this, windowTitleFor(tr("Objects history")));
+            m_historyWidget->setEnabled(true);
+        } else {
+            m_historyWidget->setEnabled(false);
+            m_historyWidget->hide();
+        }
+    } else if (control != TrafficSchemeAreaControl) {
+        // The scheme area's visibility is the layout's to set.
         widget->setVisible(visible);
+    }
     doApplyWindowLayout(control);
 }
 
@@ -842,5 +873,6 @@ void MainWindow::closeEvent(QCloseEvent* event)
 {
     profileHandler()->saveProfiles(WorkProfileHandler::SettingsFilePath);
     doUnsetRadarClient();
+    m_historyWidget->close();
     event->accept();
 }

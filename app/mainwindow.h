@@ -7,6 +7,7 @@
 
 #include <array>
 
+class HistoryTableWidget;
 class IOrvexClient;
 class ObjectsHelper;
 class QAction;
@@ -46,6 +47,7 @@ public:
     WorkProfileHandler* profileHandler() const;
     WorkProfileWidget* profileWidget() const { return m_profileWidget; }
     RoadConfigWidget* roadConfigWidget() const { return m_roadConfigWidget; }
+    HistoryTableWidget* historyWidget() const { return m_historyWidget; }
     // The widget that shows a control, or null for a number without one.
     QWidget* controlWidget(int control) const { return m_controls.value(control); }
     int columnCount() const { return m_columnCount; }
@@ -78,6 +80,7 @@ public slots:
     void onProtocolVersionTriggered(QAction* action);
     void onControlVisibleTriggered(QAction* action);
     void onControlCollapsedChanged(bool collapsed);
+    void onStandaloneWidgetClosed();
     void onTracksDisplayModeTriggered(QAction* action);
     void onClientConnected();
     void onRadarStateChanged(int state);
@@ -141,6 +144,7 @@ private:
     ObjectsHelper* m_objectsHelper = nullptr;
     WorkProfileWidget* m_profileWidget = nullptr;
     RoadConfigWidget* m_roadConfigWidget = nullptr;
+    HistoryTableWidget* m_historyWidget = nullptr;
     ServerPingWidget* m_serverPingWidget = nullptr;
     ServerConnectionWidget* m_serverConnectionWidget = nullptr;
     ServerStateWidget* m_serverStateWidget = nullptr;

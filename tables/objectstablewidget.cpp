@@ -6,6 +6,7 @@
 #include "roadobject.h"
 #include "ui_objectstablewidget.h"
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QHeaderView>
 #include <QScrollBar>
@@ -25,10 +26,17 @@ const char* const WidestValues[]
     = {"255", "-188.8", "-188.8", "-250.00", "-25.00", "25.5", "00:00:00.000"};
 static_assert(std::size(WidestValues) == ObjectsTableWidget::ColumnCount);
 
-QString fixed(double value, int decimals)
-{
-    return QString::number(value, 'f', decimals);
-}
+// The headers as the form gives them, for tables built without the form.
+const char* const HeaderTexts[] = {
+    QT_TRANSLATE_NOOP("ObjectsTableWidget", "id"),
+    QT_TRANSLATE_NOOP("ObjectsTableWidget", "X speed, km/h"),
+    QT_TRANSLATE_NOOP("ObjectsTableWidget", "Y speed, km/h"),
+    QT_TRANSLATE_NOOP("ObjectsTableWidget", "X range, m"),
+    QT_TRANSLATE_NOOP("ObjectsTableWidget", "Y range, m"),
+    QT_TRANSLATE_NOOP("ObjectsTableWidget", "Length, m"),
+    QT_TRANSLATE_NOOP("ObjectsTableWidget", "Updated"),
+};
+static_assert(std::size(HeaderTexts) == ObjectsTableWidget::ColumnCount);
 } // namespace
 
 ObjectsTableWidget::ObjectsTableWidget(QWidget* parent)
@@ -133,17 +141,36 @@ QString ObjectsTableWidget::updateTimeText(const QDateTime& lastDetected)
     return lastDetected.toLocalTime().time().toString(UpdateTimeFormat);
 }
 
+QString ObjectsTableWidget::valueText(int column, double value)
+{
+    switch (column) {
+    case XSpeedColumn:
+    case YSpeedColumn: return QString::number(RoadObject::kmh(value), 'f', SpeedDecimals);
+    case XRangeColumn:
+    case YRangeColumn: return QString::number(value, 'f', RangeDecimals);
+    case LengthColumn: return QString::number(value, 'f', LengthDecimals);
+    default: return QString();
+    }
+}
+
+QString ObjectsTableWidget::headerText(int column)
+{
+    if (column < 0 || column >= ColumnCount)
+        return QString();
+    return QCoreApplication::translate("ObjectsTableWidget", HeaderTexts[column]);
+}
+
 void ObjectsTableWidget::insertObjectRow(QTableWidget* table, int row, bool paintObjects, quint8 id,
                                          double xSpeed, double ySpeed, double xRange, double yRange,
                                          double length, const QString& updateTime)
 {
     const QString texts[ColumnCount] = {
         QString::number(id),
-        fixed(RoadObject::kmh(xSpeed), SpeedDecimals),
-        fixed(RoadObject::kmh(ySpeed), SpeedDecimals),
-        fixed(xRange, RangeDecimals),
-        fixed(yRange, RangeDecimals),
-        fixed(length, LengthDecimals),
+        valueText(XSpeedColumn, xSpeed),
+        valueText(YSpeedColumn, ySpeed),
+        valueText(XRangeColumn, xRange),
+        valueText(YRangeColumn, yRange),
+        valueText(LengthColumn, length),
         updateTime,
     };
     // Only the id cell carries the object's colours; without painting every object gets

@@ -36,6 +36,10 @@ public:
 
     // The update time as the table shows it: the local time of day.
     static QString updateTimeText(const QDateTime& lastDetected);
+    // The text of a value cell (X speed to length) from the value in m/s or m.
+    static QString valueText(int column, double value);
+    // The translated header text of a column; the history table shows the same.
+    static QString headerText(int column);
     // Inserts and fills one row of any table with these columns: the history table shows
     // its rows exactly as this one does.
     static void insertObjectRow(QTableWidget* table, int row, bool paintObjects, quint8 id,

@@ -21,6 +21,25 @@
     </message>
 </context>
 <context>
+    <name>HistoryTableWidget</name>
+    <message>
+        <source>Pause</source>
+        <translation>Pause</translation>
+    </message>
+    <message>
+        <source>Clear history</source>
+        <translation>Verlauf leeren</translation>
+    </message>
+    <message>
+        <source>Save to file</source>
+        <translation>In Datei speichern</translation>
+    </message>
+    <message>
+        <source>Continue</source>
+        <translation>Fortsetzen</translation>
+    </message>
+</context>
+<context>
     <name>ImitatorObjectWidget</name>
     <message>
         <source>km/h</source>
@@ -240,6 +259,14 @@
     <message>
         <source>Traffic scheme customization</source>
         <translation>Anpassung des Verkehrsschemas</translation>
+    </message>
+    <message>
+        <source>Objects &amp;history</source>
+        <translation>Objekt&amp;verlauf</translation>
+    </message>
+    <message>
+        <source>Objects history</source>
+        <translation>Objektverlauf</translation>
     </message>
 </context>
 <context>
