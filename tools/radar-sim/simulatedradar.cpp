@@ -2,6 +2,7 @@
 
 #include "canmessage.h"
 #include "radarparamnumbering.h"
+#include "serialrecords.h"
 #include "udtpayload.h"
 
 #include <QDateTime>
@@ -140,13 +141,11 @@ QVector<SimulatedTraffic::Object> SimulatedRadar::objectsThisCycle()
 
 void SimulatedRadar::receive(const QByteArray& data)
 {
-    const char* bytes = data.constData();
-    int offset = 0;
-    CanMessage frame;
-    while (CanMessage::tryExtract(bytes + offset, data.size() - offset, frame)) {
-        offset += frame.streamSize();
+    // The radar reads CAN frames only; what does not form one is dropped.
+    SerialRecords records;
+    records.cut(data.constData(), data.size(), {});
+    for (const CanMessage& frame : records.frames)
         handleFrame(frame);
-    }
 }
 
 void SimulatedRadar::handleFrame(const CanMessage& frame)
