@@ -44,9 +44,24 @@ SimulatedRadar::SimulatedRadar(const SimOptions& options, const QMap<int, QPolyg
 
 void SimulatedRadar::start()
 {
+    startAnswering();
+    m_cycleTimer.start();
+}
+
+void SimulatedRadar::startAnswering()
+{
     m_sinceStart.start();
     m_uptime.start();
-    m_cycleTimer.start();
+}
+
+QByteArray SimulatedRadar::takeReplies()
+{
+    QByteArray replies = m_pendingAcks;
+    for (quint64 payload : qAsConst(m_pendingUdt))
+        replies += RadarFrameEncoder::frame(m_ids.udtResponse, payload);
+    m_pendingAcks.clear();
+    m_pendingUdt.clear();
+    return replies;
 }
 
 void SimulatedRadar::setVariant(int variant)

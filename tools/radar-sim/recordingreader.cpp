@@ -1,0 +1,69 @@
+#include "recordingreader.h"
+
+#include "recordingformat.h"
+
+bool RecordingReader::open(const QString& path, QString& error)
+{
+    m_file.setFileName(path);
+    if (!m_file.open(QIODevice::ReadOnly)) {
+        error = QStringLiteral("cannot read %1: %2").arg(path, m_file.errorString());
+        return false;
+    }
+    m_size = m_file.size();
+    m_data = m_size > 0 ? reinterpret_cast<const char*>(m_file.map(0, m_size)) : "";
+    if (!m_data) {
+        m_copy = m_file.readAll();
+        m_data = m_copy.constData();
+        m_size = m_copy.size();
+    }
+
+    int recordsOffset = 0;
+    switch (RecordingFormat::readHeader(m_data, m_size, m_startMsecs, recordsOffset)) {
+    case RecordingFormat::HeaderOk:
+        m_recordsOffset = recordsOffset;
+        break;
+    case RecordingFormat::HeaderCutShort:
+        // Cut off before its first entry: an empty recording with a tail.
+        m_headerCutShort = true;
+        m_recordsOffset = m_size;
+        break;
+    case RecordingFormat::NotARecording:
+        error = QStringLiteral("%1 is not a radar recording").arg(path);
+        return false;
+    case RecordingFormat::NewerVersion:
+        error = QStringLiteral("%1 was recorded in a newer format than this program reads")
+                    .arg(path);
+        return false;
+    }
+    m_offset = m_recordsOffset;
+    return true;
+}
+
+bool RecordingReader::next(RecordedMessage& entry)
+{
+    qint64 next = 0;
+    switch (RecordingFormat::readRecord(m_data, m_size, m_offset, entry, next)) {
+    case RecordingFormat::RecordOk:
+        m_offset = next;
+        return true;
+    case RecordingFormat::RecordDamaged:
+        m_damaged = true;
+        return false;
+    case RecordingFormat::RecordCutShort:
+        return false;
+    }
+    return false;
+}
+
+QString RecordingReader::tailDescription() const
+{
+    if (m_headerCutShort)
+        return QStringLiteral("the file ends inside its header (%1 bytes)").arg(m_size);
+    if (tailSize() <= 0)
+        return QString();
+    return QStringLiteral("%1 bytes from file offset %2 %3")
+        .arg(tailSize())
+        .arg(m_offset)
+        .arg(m_damaged ? QStringLiteral("are damaged (checksum or layout wrong)")
+                       : QStringLiteral("are an entry cut off"));
+}
