@@ -8,7 +8,6 @@
 #include <QList>
 #include <QMap>
 
-
 // The radar's CAN-over-serial protocol: cuts the server's binary messages into CAN
 // frames and acknowledgements, decodes status, road-object and response frames,
 // encodes every radar command, and counts frames per CAN id. The two radar models

@@ -26,12 +26,13 @@ QString hexId(quint16 id)
 
 QString variantName(const S& inspector)
 {
+    static const char* const sources[]
+        = {"", "as given", "reported by the server", "fits the data best"};
     if (inspector.variant() < 0)
         return QStringLiteral("unknown (no radar data)");
     return QStringLiteral("%1 (%2)")
         .arg(inspector.variant() == 0 ? "SerD" : "SerP")
-        .arg(inspector.variantReported() ? "reported by the server or chosen"
-                                         : "fits the data best");
+        .arg(QLatin1String(sources[inspector.variantSource()]));
 }
 
 double cyclesPerSecond(const S& inspector)
@@ -49,7 +50,8 @@ QString answerText(const S::Command& command)
 {
     if (command.answer == S::NoAnswer)
         return QStringLiteral("no answer");
-    const QString after = QStringLiteral(" after %1 ms").arg(ms((command.answerUs - command.timeUs) / 1000.0));
+    const QString after
+        = QStringLiteral(" after %1 ms").arg(ms((command.answerUs - command.timeUs) / 1000.0));
     if (command.json)
         return QStringLiteral("result %1").arg(command.answer) + after;
     const QString what = command.answer == 0     ? QStringLiteral("accepted")
@@ -58,8 +60,7 @@ QString answerText(const S::Command& command)
     return QStringLiteral("acknowledged %1 (%2)").arg(command.answer).arg(what) + after;
 }
 
-template<typename T, typename F>
-void writeList(QTextStream& out, const QVector<T>& list, F line)
+template<typename T, typename F> void writeList(QTextStream& out, const QVector<T>& list, F line)
 {
     for (int i = 0; i < list.size() && i < InspectionReport::TextListLimit; ++i)
         out << "    " << line(list.at(i)) << '\n';
@@ -95,9 +96,9 @@ void InspectionReport::writeText(QTextStream& out) const
         << up.textMessages << " text)\n";
     out << "clients       " << in.sessions().size() << '\n';
     writeList(out, in.sessions(), [](const S::Session& s) {
-        return QStringLiteral("%1 from %2 s to %3").arg(s.peer, seconds(s.connectedUs),
-                                                        s.leftUs < 0 ? QStringLiteral("the end")
-                                                                     : seconds(s.leftUs) + " s");
+        return QStringLiteral("%1 from %2 s to %3")
+            .arg(s.peer, seconds(s.connectedUs),
+                 s.leftUs < 0 ? QStringLiteral("the end") : seconds(s.leftUs) + " s");
     });
     out << "protocol      " << variantName(in) << '\n';
     out << "radar cycles  " << in.cycles() << ", " << QString::number(cyclesPerSecond(in), 'f', 2)
@@ -137,10 +138,11 @@ void InspectionReport::writeText(QTextStream& out) const
                                   .arg(r.offset);
         if (r.tailBytes > 0)
             return where + QStringLiteral("%1 bytes that form no record").arg(r.tailBytes);
-        return where + QStringLiteral("CAN id %1 length %2, %3 frames after it dropped")
-                           .arg(hexId(r.canId))
-                           .arg(r.length)
-                           .arg(r.droppedFrames);
+        return where
+               + QStringLiteral("CAN id %1 length %2, %3 frames after it dropped")
+                     .arg(hexId(r.canId))
+                     .arg(r.length)
+                     .arg(r.droppedFrames);
     });
 
     out << "commands      " << in.commands().size() << '\n';
@@ -192,7 +194,8 @@ void InspectionReport::writeCsv(QTextStream& out) const
 
     out << "#gap,start_s,length_s,until_end\n";
     for (const S::Gap& g : in.gaps())
-        out << "gap," << seconds(g.startUs) << ',' << seconds(g.lengthUs) << ',' << int(g.untilEnd) << '\n';
+        out << "gap," << seconds(g.startUs) << ',' << seconds(g.lengthUs) << ',' << int(g.untilEnd)
+            << '\n';
     out << "#canid,id,count,per_s,mean_interval_ms,jitter_ms\n";
     for (int id = 0; id < in.canIds().size(); ++id) {
         const S::CanIdFigures& f = in.canIds().at(id);
@@ -205,8 +208,8 @@ void InspectionReport::writeCsv(QTextStream& out) const
     out << "#reject,time_s,message,file_offset,byte,can_id,length,dropped_frames,tail_bytes\n";
     for (const S::Reject& r : in.rejects()) {
         out << "reject," << seconds(r.timeUs) << ',' << r.message << ',' << r.fileOffset << ','
-            << r.offset << ',' << (r.tailBytes > 0 ? QString() : hexId(r.canId)) << ','
-            << r.length << ',' << r.droppedFrames << ',' << r.tailBytes << '\n';
+            << r.offset << ',' << (r.tailBytes > 0 ? QString() : hexId(r.canId)) << ',' << r.length
+            << ',' << r.droppedFrames << ',' << r.tailBytes << '\n';
     }
     out << "#command,time_s,to,what,answer,answer_after_ms\n";
     for (const S::Command& c : in.commands()) {
@@ -217,5 +220,6 @@ void InspectionReport::writeCsv(QTextStream& out) const
             << ',' << (c.answerUs < 0 ? QString() : ms((c.answerUs - c.timeUs) / 1000.0)) << '\n';
     }
     if (m_reader.tailSize() > 0)
-        out << "#tail,file_offset,bytes\ntail," << m_reader.tailOffset() << ',' << m_reader.tailSize() << '\n';
+        out << "#tail,file_offset,bytes\ntail," << m_reader.tailOffset() << ','
+            << m_reader.tailSize() << '\n';
 }

@@ -39,8 +39,8 @@ QJsonObject jsonOf(const RecordedMessage& entry)
 QString describeFrame(const CanMessage& frame, const IOrvexSerialConnectionClient& ids)
 {
     if (frame.id == ids.commandCanId() && frame.length == CanMessage::MaxLength) {
-        static const char* const access[] = {"write", "write scaled", "read", "read scaled",
-                                             "write 8-bit"};
+        static const char* const access[]
+            = {"write", "write scaled", "read", "read scaled", "write 8-bit"};
         const RadarFrameEncoder::Command c = RadarFrameEncoder::decodeCommand(frame);
         const QString how = c.accessCode < 5 ? QLatin1String(access[c.accessCode])
                                              : QStringLiteral("access %1").arg(c.accessCode);
@@ -62,17 +62,16 @@ StreamInspector::StreamInspector(qint64 startMsecsSinceEpoch, int variant)
     , m_variant(variant)
     , m_canIds(IdCount)
 {
-    if (variant == 0 || variant == 1) {
-        m_variantReported = true; // fixed by the caller: reports do not change it
-        useVariant(variant);
-    }
+    if (variant == 0 || variant == 1)
+        useVariant(variant, VariantGiven); // the server's reports no longer change it
 }
 
 StreamInspector::~StreamInspector() = default;
 
-void StreamInspector::useVariant(int variant)
+void StreamInspector::useVariant(int variant, VariantSource source)
 {
     m_variant = variant;
+    m_variantSource = source;
     m_client = makeClient(variant);
     QObject::connect(m_client.get(), &IOrvexClient::cycleNumber,
                      [this](quint64 number) { onCycleNumber(number); });
@@ -108,17 +107,6 @@ void StreamInspector::add(const RecordedMessage& entry)
         fromServer ? addRadarData(entry) : addAppData(entry);
 }
 
-QDateTime StreamInspector::messageTime(const char* data, int headerSize, qint64 timeUs) const
-{
-    // As the client does: the radar's own stamp when it is valid, else the arrival.
-    if (headerSize > 0) {
-        const QDateTime stamp = TimeStampHeader::dateTime(data);
-        if (stamp.isValid())
-            return stamp;
-    }
-    return QDateTime::fromMSecsSinceEpoch(m_startMsecs + timeUs / 1000, Qt::UTC);
-}
-
 int StreamInspector::guessVariant(const char* data, int size) const
 {
     // The variant under which the client accepts more of the message's frames.
@@ -145,18 +133,21 @@ void StreamInspector::addRadarData(const RecordedMessage& entry)
         m_firstDataUs = entry.timeUs;
     m_lastDataUs = entry.timeUs;
 
-    const int headerSize =
-        TimeStampHeader::isPresent(entry.data, entry.size) ? TimeStampHeader::Size : 0;
+    const int headerSize
+        = TimeStampHeader::isPresent(entry.data, entry.size) ? TimeStampHeader::Size : 0;
     const char* data = entry.data + headerSize;
     const int size = entry.size - headerSize;
     if (!m_client)
-        useVariant(guessVariant(data, size));
+        useVariant(guessVariant(data, size), VariantGuessed);
 
     SerialRecords records;
     records.cut(data, size, m_client->ackMessageCanIds());
     int accepted = 0;
-    const int state = m_client->decodeRecords(
-        messageTime(entry.data, headerSize, entry.timeUs), records, &accepted);
+    // The time only ages the client's objects, which are not looked at here; the time of
+    // arrival is cheaper to make than the radar's stamp.
+    const QDateTime time
+        = QDateTime::fromMSecsSinceEpoch(m_startMsecs + entry.timeUs / 1000, Qt::UTC);
+    const int state = m_client->decodeRecords(time, records, &accepted);
     if (state == IOrvexClient::BadData)
         ++m_badMessages;
 
@@ -218,10 +209,14 @@ void StreamInspector::addServerText(const RecordedMessage& entry)
             break;
         }
     }
-    if (command == ProtocolCommand && object.value(KeyResult).toInt(-1) == 0 && !m_variantReported) {
+    if (command == ProtocolCommand && object.value(KeyResult).toInt(-1) == 0
+        && m_variantSource != VariantGiven) {
         const int variant = object.value(KeyRadarProtocol).toInt(-1);
-        if ((variant == 0 || variant == 1) && (variant != m_variant || !m_client))
-            useVariant(variant);
+        if (variant == 0 || variant == 1) {
+            if (variant != m_variant || !m_client)
+                useVariant(variant, VariantReported);
+            m_variantSource = VariantReported;
+        }
     }
 }
 
@@ -251,6 +246,14 @@ void StreamInspector::addAppData(const RecordedMessage& entry)
         m_awaitingAck.append(m_commands.size());
         m_commands.append(command);
     }
+}
+
+qint64 StreamInspector::radarDataUs() const
+{
+    if (m_dataMessages < 2)
+        return 0;
+    const qint64 spanUs = m_lastDataUs - m_firstDataUs;
+    return spanUs + spanUs / qint64(m_dataMessages - 1);
 }
 
 void StreamInspector::finish()

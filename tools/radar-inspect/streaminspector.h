@@ -86,8 +86,9 @@ public:
     {
         return m_traffic[direction];
     }
+    enum VariantSource { VariantUnknown, VariantGiven, VariantReported, VariantGuessed };
     int variant() const { return m_variant; }
-    bool variantReported() const { return m_variantReported; }
+    VariantSource variantSource() const { return m_variantSource; }
     quint64 cycles() const { return m_cycles; }
     qint64 firstCycleUs() const { return m_firstCycleUs; }
     qint64 lastCycleUs() const { return m_lastCycleUs; }
@@ -95,7 +96,9 @@ public:
     const QVector<Gap>& gaps() const { return m_gaps; }
     quint64 badMessages() const { return m_badMessages; }
     const QVector<CanIdFigures>& canIds() const { return m_canIds; } // indexed by id
-    qint64 radarDataUs() const { return m_lastDataUs - m_firstDataUs; }
+    // How long the radar's data lasted: from the first message to one interval past
+    // the last, so that N messages at a steady rate give a rate of N per that time.
+    qint64 radarDataUs() const;
     const QVector<Reject>& rejects() const { return m_rejects; }
     const QVector<Command>& commands() const { return m_commands; }
     quint64 unexpectedAcks() const { return m_unexpectedAcks; }
@@ -107,13 +110,12 @@ private:
     void addAppText(const RecordedMessage& entry);
     void addAppData(const RecordedMessage& entry);
     void onCycleNumber(quint64 number);
-    void useVariant(int variant);
+    void useVariant(int variant, VariantSource source);
     int guessVariant(const char* data, int size) const;
-    QDateTime messageTime(const char* data, int headerSize, qint64 timeUs) const;
 
     qint64 m_startMsecs;
     int m_variant;
-    bool m_variantReported = false;
+    VariantSource m_variantSource = VariantUnknown;
     std::unique_ptr<IOrvexSerialConnectionClient> m_client;
     qint64 m_firstUs = -1;
     qint64 m_lastUs = 0;

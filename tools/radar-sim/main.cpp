@@ -60,7 +60,8 @@ bool loadLanes(const SimOptions& options, QMap<int, QPolygonF>& lanes, QString& 
         return false;
     lanes = SimRoad::laneCentres(road);
     if (lanes.isEmpty()) {
-        printLine(QStringLiteral("orvex-radar-sim: the road in %1 has no lanes; vehicles drive on the "
+        printLine(
+            QStringLiteral("orvex-radar-sim: the road in %1 has no lanes; vehicles drive on the "
                            "default road")
                 .arg(options.roadFile));
         lanes = SimRoad::laneCentres(SimRoad::defaultConfig());
@@ -74,9 +75,9 @@ bool loadReplay(const SimOptions& options, RecordingReader& reader,
     if (!reader.open(options.replayFile, error))
         return false;
     messages = RecordingPlayer::serverMessages(reader);
-    if (reader.tailSize() > 0)
+    if (reader.tailSize() > 0 && !options.quiet)
         printLine(QStringLiteral("%1: replayed up to its last whole message; %2")
-                .arg(options.replayFile, reader.tailDescription()));
+                      .arg(options.replayFile, reader.tailDescription()));
     const qint64 fromUs = qint64(options.replayFrom * 1e6);
     const qint64 toUs = options.replayTo < 0 ? std::numeric_limits<qint64>::max()
                                              : qint64(options.replayTo * 1e6);
@@ -92,11 +93,11 @@ bool loadReplay(const SimOptions& options, RecordingReader& reader,
     }
     if (!options.quiet) {
         printLine(QStringLiteral("replaying %1: %2 messages of the server over %3 s, speed %4%5")
-                .arg(options.replayFile)
-                .arg(messages.size())
-                .arg((messages.last().timeUs - messages.first().timeUs) / 1e6, 0, 'f', 3)
-                .arg(options.speed)
-                .arg(options.loop ? QStringLiteral(", looping") : QString()));
+                      .arg(options.replayFile)
+                      .arg(messages.size())
+                      .arg((messages.last().timeUs - messages.first().timeUs) / 1e6, 0, 'f', 3)
+                      .arg(options.speed)
+                      .arg(options.loop ? QStringLiteral(", looping") : QString()));
     }
     return true;
 }

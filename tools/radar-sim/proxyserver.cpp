@@ -20,7 +20,8 @@ void ProxyServer::onClient(QWebSocket* socket)
 {
     auto* session = new ProxySession(socket, m_options.proxyUrl, m_recorder);
     m_sessions.append(session);
-    emit logLine(QStringLiteral("client %1 connected (%2 now)").arg(session->peer()).arg(m_sessions.size()));
+    emit logLine(
+        QStringLiteral("client %1 connected (%2 now)").arg(session->peer()).arg(m_sessions.size()));
     connect(session, &ProxySession::logLine, this, &ProxyServer::logLine);
     connect(session, &ProxySession::finished, this, [this, session] {
         m_sessions.removeOne(session);

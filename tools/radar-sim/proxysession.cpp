@@ -41,7 +41,9 @@ ProxySession::~ProxySession()
 
 QString ProxySession::peer() const
 {
-    return QStringLiteral("%1:%2").arg(m_client->peerAddress().toString()).arg(m_client->peerPort());
+    return QStringLiteral("%1:%2")
+        .arg(m_client->peerAddress().toString())
+        .arg(m_client->peerPort());
 }
 
 void ProxySession::toServer(const QByteArray& message, bool binary)
@@ -75,7 +77,8 @@ void ProxySession::toClient(const QByteArray& message, bool binary)
 void ProxySession::onServerConnected()
 {
     m_serverConnected = true;
-    emit logLine(QStringLiteral("client %1 relayed to %2").arg(peer(), m_server.requestUrl().toString()));
+    emit logLine(
+        QStringLiteral("client %1 relayed to %2").arg(peer(), m_server.requestUrl().toString()));
     const QList<QPair<QByteArray, bool>> waiting = m_waiting;
     m_waiting.clear();
     for (const auto& message : waiting) {
@@ -95,7 +98,8 @@ void ProxySession::onServerGone()
         emit logLine(QStringLiteral("radar server %1 not reachable: %2")
                          .arg(m_server.requestUrl().toString(), m_server.errorString()));
     } else {
-        emit logLine(QStringLiteral("radar server closed the link (%1)").arg(int(m_server.closeCode())));
+        emit logLine(
+            QStringLiteral("radar server closed the link (%1)").arg(int(m_server.closeCode())));
     }
     m_serverConnected = false;
     // Without a server to relay, the application is told the server went away.

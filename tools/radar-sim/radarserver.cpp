@@ -28,8 +28,8 @@ void RadarServer::onClient(QWebSocket* socket)
 {
     auto* session = new ServerSession(socket, url().toString(), m_options.portName, this);
     m_sessions.append(session);
-    const QString peer =
-        QStringLiteral("%1:%2").arg(socket->peerAddress().toString()).arg(socket->peerPort());
+    const QString peer
+        = QStringLiteral("%1:%2").arg(socket->peerAddress().toString()).arg(socket->peerPort());
     emit logLine(QStringLiteral("client %1 connected (%2 now)").arg(peer).arg(m_sessions.size()));
 
     // Recorded first, so that a request is written before the answer it gets.
@@ -53,8 +53,8 @@ void RadarServer::onClient(QWebSocket* socket)
     }
 
     // Replaying, the radar's answers to this client ride in its stream of the recording.
-    RecordingPlayer* player =
-        m_replay ? new RecordingPlayer(*m_replay, m_options, session) : nullptr;
+    RecordingPlayer* player
+        = m_replay ? new RecordingPlayer(*m_replay, m_options, session) : nullptr;
     connect(socket, &QWebSocket::textMessageReceived, session,
             [this, session](const QString& text) { onText(session, text); });
     connect(socket, &QWebSocket::binaryMessageReceived, session,

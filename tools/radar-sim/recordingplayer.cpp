@@ -90,8 +90,9 @@ bool RecordingPlayer::start()
 
 qint64 RecordingPlayer::dueUs(int index) const
 {
-    const double recordedUs = double(m_messages.at(index).timeUs)
-                              - m_options.replayFrom * 1e6 + double(m_loop) * m_periodUs;
+    // Playing starts with the first message of the range, without the quiet before it.
+    const double recordedUs = double(m_messages.at(index).timeUs - m_messages.at(m_first).timeUs)
+                              + double(m_loop) * m_periodUs;
     return qint64(recordedUs / m_options.speed);
 }
 

@@ -11,11 +11,11 @@
 
 class RecordingReader;
 
-// Plays the server's side of a recording to one client with its original timing:
-// --from and --to (seconds since the recording started) cut the range, --speed scales
-// the time, --loop starts over after the end. The radar's answers to the client's own
-// commands (addReplies) ride in the next radar message, as the radar sends them in its
-// next cycle, or go out on their own when no message follows within a cycle.
+// Plays the server's side of a recording to one client with its original timing,
+// starting at once with the first message: --from and --to (seconds since the recording
+// started) cut the range, --speed scales the time, --loop starts over after the end. The radar's
+// answers to the client's own commands (addReplies) ride in the next radar message, as the radar
+// sends them in its next cycle, or go out on their own when no message follows within a cycle.
 class RecordingPlayer : public QObject
 {
     Q_OBJECT

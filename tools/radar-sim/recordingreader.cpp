@@ -2,15 +2,24 @@
 
 #include "recordingformat.h"
 
+#include <sys/mman.h>
+
 bool RecordingReader::open(const QString& path, QString& error)
 {
+    m_file.close(); // unmaps too
+    m_copy.clear();
+    m_damaged = false;
+    m_headerCutShort = false;
     m_file.setFileName(path);
     if (!m_file.open(QIODevice::ReadOnly)) {
         error = QStringLiteral("cannot read %1: %2").arg(path, m_file.errorString());
         return false;
     }
     m_size = m_file.size();
-    m_data = m_size > 0 ? reinterpret_cast<const char*>(m_file.map(0, m_size)) : "";
+    uchar* mapped = m_size > 0 ? m_file.map(0, m_size) : nullptr;
+    m_data = m_size > 0 ? reinterpret_cast<const char*>(mapped) : "";
+    if (mapped) // read front to back: let the kernel read ahead generously
+        ::madvise(mapped, size_t(m_size), MADV_SEQUENTIAL);
     if (!m_data) {
         m_copy = m_file.readAll();
         m_data = m_copy.constData();
@@ -19,9 +28,7 @@ bool RecordingReader::open(const QString& path, QString& error)
 
     int recordsOffset = 0;
     switch (RecordingFormat::readHeader(m_data, m_size, m_startMsecs, recordsOffset)) {
-    case RecordingFormat::HeaderOk:
-        m_recordsOffset = recordsOffset;
-        break;
+    case RecordingFormat::HeaderOk: m_recordsOffset = recordsOffset; break;
     case RecordingFormat::HeaderCutShort:
         // Cut off before its first entry: an empty recording with a tail.
         m_headerCutShort = true;
@@ -31,8 +38,8 @@ bool RecordingReader::open(const QString& path, QString& error)
         error = QStringLiteral("%1 is not a radar recording").arg(path);
         return false;
     case RecordingFormat::NewerVersion:
-        error = QStringLiteral("%1 was recorded in a newer format than this program reads")
-                    .arg(path);
+        error
+            = QStringLiteral("%1 was recorded in a newer format than this program reads").arg(path);
         return false;
     }
     m_offset = m_recordsOffset;
@@ -43,14 +50,9 @@ bool RecordingReader::next(RecordedMessage& entry)
 {
     qint64 next = 0;
     switch (RecordingFormat::readRecord(m_data, m_size, m_offset, entry, next)) {
-    case RecordingFormat::RecordOk:
-        m_offset = next;
-        return true;
-    case RecordingFormat::RecordDamaged:
-        m_damaged = true;
-        return false;
-    case RecordingFormat::RecordCutShort:
-        return false;
+    case RecordingFormat::RecordOk: m_offset = next; return true;
+    case RecordingFormat::RecordDamaged: m_damaged = true; return false;
+    case RecordingFormat::RecordCutShort: return false;
     }
     return false;
 }

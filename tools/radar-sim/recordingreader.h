@@ -26,7 +26,6 @@ public:
     // The next entry, whose bytes stay valid as long as the reader; false at the end of
     // the file and at the first record that is incomplete or damaged.
     bool next(RecordedMessage& entry);
-    void rewind() { m_offset = m_recordsOffset; }
 
     // After next() returned false: where the unread tail starts, and what it is.
     qint64 tailOffset() const { return m_offset; }

@@ -50,8 +50,8 @@ bool RecordingWriter::open(const QString& path, const QByteArray& header, QStrin
         error = errno == EEXIST
                     ? QStringLiteral("%1 exists already; a recording never overwrites a file")
                           .arg(path)
-                    : QStringLiteral("cannot create %1: %2").arg(path, QString::fromLocal8Bit(
-                                                                           std::strerror(errno)));
+                    : QStringLiteral("cannot create %1: %2")
+                          .arg(path, QString::fromLocal8Bit(std::strerror(errno)));
         return false;
     }
     if (!writeAll(m_fd, header.constData(), header.size()) || ::fdatasync(m_fd) != 0) {

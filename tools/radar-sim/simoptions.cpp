@@ -17,8 +17,7 @@ bool toNumber(const QString& text, qint64 low, qint64 high, qint64& value)
     return ok && value >= low && value <= high;
 }
 
-bool seconds(const QCommandLineParser& parser, const QString& name, double& value,
-             QString& error)
+bool seconds(const QCommandLineParser& parser, const QString& name, double& value, QString& error)
 {
     if (!parser.isSet(name))
         return true;
@@ -148,9 +147,9 @@ bool SimOptions::parse(const QStringList& arguments, SimOptions& options, QStrin
                                   "seconds");
     const QCommandLineOption to("to", "Replay up to this many seconds into the recording.",
                                 "seconds");
-    parser.addOptions({host,    port,   rate,   noHeader, variant, vehicles, road,   seed,
-                       selfTest, portName, busyAcks, errorAck, noAcks, garbage, silence,
-                       ignorePings, quiet, proxy, record, replay, speed, loop, from, to});
+    parser.addOptions({host, port, rate, noHeader, variant, vehicles, road, seed, selfTest,
+                       portName, busyAcks, errorAck, noAcks, garbage, silence, ignorePings, quiet});
+    parser.addOptions({proxy, record, replay, speed, loop, from, to});
 
     if (!parser.parse(arguments)) {
         error = parser.errorText();

@@ -2,8 +2,8 @@
 
 #include <QString>
 #include <QStringList>
-#include <QUrl>
 #include <QtGlobal>
+#include <QUrl>
 
 // Everything the simulator can be told on its command line.
 struct SimOptions
