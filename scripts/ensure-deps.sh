@@ -2,7 +2,7 @@
 # Installs the Debian packages that building, testing and running need, if any is missing.
 set -euo pipefail
 
-packages=(g++ make cmake qtbase5-dev libqt5websockets5-dev qttools5-dev qttools5-dev-tools
+packages=(g++ make cmake qtbase5-dev libqt5websockets5-dev qttools5-dev qttools5-dev-tools zlib1g-dev
           fonts-dejavu-core)
 missing=()
 for package in "${packages[@]}"; do

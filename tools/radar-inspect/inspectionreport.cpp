@@ -214,7 +214,7 @@ void InspectionReport::writeCsv(QTextStream& out) const
     out << "#command,time_s,to,what,answer,answer_after_ms\n";
     for (const S::Command& c : in.commands()) {
         QString what = c.what;
-        what.replace('"', QLatin1String("\"\""));
+        what.replace('"', QLatin1String("\"\"")).replace('\n', ' ');
         out << "command," << seconds(c.timeUs) << ',' << (c.json ? "server" : "radar") << ",\""
             << what << "\"," << (c.answer == S::NoAnswer ? QString() : QString::number(c.answer))
             << ',' << (c.answerUs < 0 ? QString() : ms((c.answerUs - c.timeUs) / 1000.0)) << '\n';

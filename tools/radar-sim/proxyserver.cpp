@@ -11,14 +11,11 @@ ProxyServer::ProxyServer(const SimOptions& options, StreamRecorder* recorder, QO
     connect(&m_listener, &ClientListener::clientConnected, this, &ProxyServer::onClient);
 }
 
-ProxyServer::~ProxyServer()
-{
-    qDeleteAll(m_sessions);
-}
+ProxyServer::~ProxyServer() = default;
 
 void ProxyServer::onClient(QWebSocket* socket)
 {
-    auto* session = new ProxySession(socket, m_options.proxyUrl, m_recorder);
+    auto* session = new ProxySession(socket, m_options.proxyUrl, m_recorder, this);
     m_sessions.append(session);
     emit logLine(
         QStringLiteral("client %1 connected (%2 now)").arg(session->peer()).arg(m_sessions.size()));

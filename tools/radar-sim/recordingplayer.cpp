@@ -14,6 +14,7 @@
 namespace {
 
 constexpr int MaxMessagesPerWake = 64; // then let the sockets write
+constexpr qint64 MaxWaitMs = 3600 * 1000; // a longer pause is waited for in steps
 constexpr int ServerStateCommand = 1; // the server's report of how it holds the radar
 
 QByteArray bytesOf(const RecordedMessage& entry)
@@ -102,7 +103,7 @@ void RecordingPlayer::playDue()
     for (int played = 0; m_next < m_end; ++played) {
         const qint64 waitUs = dueUs(m_next) - nowUs;
         if (waitUs > 0 || played == MaxMessagesPerWake) {
-            m_timer.start(int(qMax<qint64>(0, (waitUs + 999) / 1000)));
+            m_timer.start(int(qBound<qint64>(0, (waitUs + 999) / 1000, MaxWaitMs)));
             return;
         }
         play(m_messages.at(m_next));

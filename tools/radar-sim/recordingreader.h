@@ -21,7 +21,6 @@ public:
     bool open(const QString& path, QString& error);
 
     qint64 startMsecsSinceEpoch() const { return m_startMsecs; }
-    qint64 fileSize() const { return m_size; }
 
     // The next entry, whose bytes stay valid as long as the reader; false at the end of
     // the file and at the first record that is incomplete or damaged.

@@ -1,6 +1,6 @@
 #include "recordingwriter.h"
 
-#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
