@@ -12,12 +12,14 @@ void SerialRecords::cut(const char* data, int size, const QList<quint16>& ackIds
             acks.append(ack);
             offset += AckMessage::Size;
         }
-        CanMessage frame;
-        if (!CanMessage::tryExtract(data + offset, size - offset, frame))
+        // Cut straight into place; most messages are mostly frames.
+        frames.append(CanMessage());
+        if (!CanMessage::tryExtract(data + offset, size - offset, frames.last())) {
+            frames.removeLast();
             break;
-        frames.append(frame);
+        }
         frameOffsets.append(offset);
-        offset += frame.streamSize();
+        offset += frames.last().streamSize();
     }
     consumed = offset;
 }
