@@ -33,24 +33,8 @@ void RadarServer::onClient(QWebSocket* socket)
     emit logLine(QStringLiteral("client %1 connected (%2 now)").arg(peer).arg(m_sessions.size()));
 
     // Recorded first, so that a request is written before the answer it gets.
-    if (m_recorder && m_recorder->beginSession(session, peer)) {
-        connect(socket, &QWebSocket::textMessageReceived, m_recorder,
-                [this, session](const QString& text) {
-                    m_recorder->record(session, RecordedMessage::FromApp, RecordedMessage::Text,
-                                       text.toUtf8());
-                });
-        connect(socket, &QWebSocket::binaryMessageReceived, m_recorder,
-                [this, session](const QByteArray& data) {
-                    m_recorder->record(session, RecordedMessage::FromApp, RecordedMessage::Binary,
-                                       data);
-                });
-        connect(session, &ServerSession::messageSent, m_recorder,
-                [this, session](const QByteArray& message, bool binary) {
-                    m_recorder->record(session, RecordedMessage::FromServer,
-                                       binary ? RecordedMessage::Binary : RecordedMessage::Text,
-                                       message);
-                });
-    }
+    if (m_recorder && m_recorder->beginSession(session, peer))
+        record(session);
 
     // Replaying, the radar's answers to this client ride in its stream of the recording.
     RecordingPlayer* player
@@ -80,6 +64,27 @@ void RadarServer::onClient(QWebSocket* socket)
             [this, peer] { emit logLine(QStringLiteral("replay finished for %1").arg(peer)); });
     if (!player->start())
         emit logLine(QStringLiteral("nothing to replay between --from and --to"));
+}
+
+void RadarServer::record(ServerSession* session)
+{
+    QWebSocket* socket = session->socket();
+    connect(socket, &QWebSocket::textMessageReceived, m_recorder,
+            [this, session](const QString& text) {
+                m_recorder->record(session, RecordedMessage::FromApp, RecordedMessage::Text,
+                                   text.toUtf8());
+            });
+    connect(socket, &QWebSocket::binaryMessageReceived, m_recorder,
+            [this, session](const QByteArray& data) {
+                m_recorder->record(session, RecordedMessage::FromApp, RecordedMessage::Binary,
+                                   data);
+            });
+    connect(session, &ServerSession::messageSent, m_recorder,
+            [this, session](const QByteArray& message, bool binary) {
+                m_recorder->record(session, RecordedMessage::FromServer,
+                                   binary ? RecordedMessage::Binary : RecordedMessage::Text,
+                                   message);
+            });
 }
 
 void RadarServer::onText(ServerSession* session, const QString& text)

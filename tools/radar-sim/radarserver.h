@@ -42,6 +42,7 @@ signals:
 
 private:
     void onClient(QWebSocket* socket);
+    void record(ServerSession* session);
     void onText(ServerSession* session, const QString& text);
 
     SimOptions m_options;
