@@ -8,24 +8,31 @@ bool RecordingReader::open(const QString& path, QString& error)
 {
     m_file.close(); // unmaps too
     m_copy.clear();
-    m_damaged = false;
-    m_headerCutShort = false;
     m_file.setFileName(path);
     if (!m_file.open(QIODevice::ReadOnly)) {
         error = QStringLiteral("cannot read %1: %2").arg(path, m_file.errorString());
         return false;
     }
-    m_size = m_file.size();
-    uchar* mapped = m_size > 0 ? m_file.map(0, m_size) : nullptr;
-    m_data = m_size > 0 ? reinterpret_cast<const char*>(mapped) : "";
-    if (mapped) // read front to back: let the kernel read ahead generously
-        ::madvise(mapped, size_t(m_size), MADV_SEQUENTIAL);
-    if (!m_data) {
-        m_copy = m_file.readAll();
-        m_data = m_copy.constData();
-        m_size = m_copy.size();
-    }
+    const qint64 size = m_file.size();
+    uchar* mapped = size > 0 ? m_file.map(0, size) : nullptr;
+    if (!mapped)
+        return open(m_file.readAll(), path, error);
+    ::madvise(mapped, size_t(size), MADV_SEQUENTIAL); // read front to back: read ahead well
+    return start(reinterpret_cast<const char*>(mapped), size, path, error);
+}
 
+bool RecordingReader::open(const QByteArray& bytes, const QString& name, QString& error)
+{
+    m_copy = bytes;
+    return start(m_copy.constData(), m_copy.size(), name, error);
+}
+
+bool RecordingReader::start(const char* data, qint64 size, const QString& name, QString& error)
+{
+    m_data = data;
+    m_size = size;
+    m_damaged = false;
+    m_headerCutShort = false;
     int recordsOffset = 0;
     switch (RecordingFormat::readHeader(m_data, m_size, m_startMsecs, recordsOffset)) {
     case RecordingFormat::HeaderOk: m_recordsOffset = recordsOffset; break;
@@ -35,11 +42,11 @@ bool RecordingReader::open(const QString& path, QString& error)
         m_recordsOffset = m_size;
         break;
     case RecordingFormat::NotARecording:
-        error = QStringLiteral("%1 is not a radar recording").arg(path);
+        error = QStringLiteral("%1 is not a radar recording").arg(name);
         return false;
     case RecordingFormat::NewerVersion:
         error
-            = QStringLiteral("%1 was recorded in a newer format than this program reads").arg(path);
+            = QStringLiteral("%1 was recorded in a newer format than this program reads").arg(name);
         return false;
     }
     m_offset = m_recordsOffset;

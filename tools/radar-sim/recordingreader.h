@@ -19,6 +19,8 @@ public:
     // False, with the reason, when the file cannot be read or is no recording this
     // program understands.
     bool open(const QString& path, QString& error);
+    // The same for a recording already in memory (`name` goes into the reason).
+    bool open(const QByteArray& bytes, const QString& name, QString& error);
 
     qint64 startMsecsSinceEpoch() const { return m_startMsecs; }
 
@@ -32,8 +34,10 @@ public:
     QString tailDescription() const;
 
 private:
+    bool start(const char* data, qint64 size, const QString& name, QString& error);
+
     QFile m_file;
-    QByteArray m_copy; // the file's bytes when it cannot be mapped
+    QByteArray m_copy; // the bytes when they are not mapped from the file
     const char* m_data = nullptr;
     qint64 m_size = 0;
     qint64 m_offset = 0;
