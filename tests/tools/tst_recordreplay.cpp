@@ -54,17 +54,18 @@ QString timingFault(const QList<Seen>& got, const QList<Seen>& expected, double 
     QVector<double> sorted = offMs;
     std::sort(sorted.begin(), sorted.end());
     const double shift = sorted.at(sorted.size() / 2);
-    int outside = 0;
+    QStringList outside; // "message: ms"
     double worst = 0;
-    for (double off : offMs) {
-        outside += std::abs(off - shift) > 5;
-        worst = qMax(worst, std::abs(off - shift));
+    for (int i = 0; i < offMs.size(); ++i) {
+        const double off = offMs[i] - shift;
+        if (std::abs(off) > 5)
+            outside << QStringLiteral("%1: %2").arg(i).arg(off, 0, 'f', 1);
+        worst = qMax(worst, std::abs(off));
     }
-    if (worst > 20 || outside * 10 > offMs.size())
-        return QStringLiteral("%1 of %2 messages off by more than 5 ms, worst %3 ms")
-            .arg(outside)
+    if (worst > 20 || outside.size() * 10 > offMs.size())
+        return QStringLiteral("of %1 messages off by more than 5 ms: %2")
             .arg(offMs.size())
-            .arg(worst);
+            .arg(outside.join(QStringLiteral(", ")));
     return QString();
 }
 
