@@ -43,7 +43,13 @@ bool CanMessage::tryExtract(const void* data, int size, CanMessage& out)
     const quint8 len = bytes[2];
     if (len > MaxLength || size < len + HeaderSize)
         return false;
-    out = CanMessage(quint16(bytes[0] << 8 | bytes[1]), len, bytes + HeaderSize, true);
+    // Filled in place: building a temporary and copying it costs the decoder a stall
+    // per record (narrow stores read back wide).
+    out.id = quint16(bytes[0] << 8 | bytes[1]);
+    out.length = len;
+    std::memset(out.data, 0, MaxLength);
+    if (len > 0)
+        doCopyData(out.data, bytes + HeaderSize, len, true);
     return true;
 }
 

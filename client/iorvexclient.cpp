@@ -2,7 +2,6 @@
 
 #include <QJsonDocument>
 #include <QSignalBlocker>
-#include <QtEndian>
 #include <QTimer>
 #include <QWebSocket>
 
@@ -16,28 +15,6 @@ const QLatin1String KeyServerState("server_state");
 const QLatin1String KeyRspServerUrl("rsp_server_url");
 const QLatin1String KeyPortName("port_name");
 const QLatin1String KeyRadarProtocol("radar_protocol");
-
-// The server may put "#DT", a UTC date and time, in front of the radar's bytes:
-// day, month, year (2 bytes), hour, minute, second, millisecond (2 bytes),
-// multi-byte fields little-endian.
-QDateTime timeStampHeaderDateTime(const QByteArray& message)
-{
-    const auto* b = reinterpret_cast<const uchar*>(message.constData());
-    const QDate date(qFromLittleEndian<quint16>(b + 5), b[4], b[3]);
-    const QTime time(b[7], b[8], b[9], qFromLittleEndian<quint16>(b + 10));
-    // QDateTime would take a broken time for midnight; a stamp is all valid or unused.
-    if (!date.isValid() || !time.isValid())
-        return QDateTime();
-    return QDateTime(date, time, Qt::UTC);
-}
-
-bool hasTimeStampHeader(const QByteArray& message)
-{
-    // Any one of the three marker characters is taken as the header; the radar
-    // server is known to garble them, so the test is deliberately this loose.
-    return message.size() > IOrvexClient::TimeStampHeaderSize
-           && (message[0] == '#' || message[1] == 'D' || message[2] == 'T');
-}
 
 QTimer* makeTimer(QObject* parent, int intervalMs, bool singleShot)
 {
@@ -250,8 +227,8 @@ void IOrvexClient::onServerDataReceived(const QByteArray& message)
 {
     QDateTime messageTime = QDateTime::currentDateTimeUtc();
     QByteArray data = message;
-    if (hasTimeStampHeader(message)) {
-        const QDateTime headerTime = timeStampHeaderDateTime(message);
+    if (TimeStampHeader::isPresent(message)) {
+        const QDateTime headerTime = TimeStampHeader::dateTime(message.constData());
         if (headerTime.isValid())
             messageTime = headerTime;
         data = message.mid(TimeStampHeaderSize);

@@ -2,6 +2,7 @@
 
 #include "radarcommand.h"
 #include "roadobject.h"
+#include "timestampheader.h"
 
 #include <QAbstractSocket>
 #include <QByteArray>
@@ -109,7 +110,7 @@ public:
     static constexpr int CommandTimeoutMs = 900; // wait for an acknowledgement
     static constexpr int CommandRetries = 5;
     static constexpr qint64 StaleObjectAgeMs = 500;
-    static constexpr int TimeStampHeaderSize = 12;
+    static constexpr int TimeStampHeaderSize = TimeStampHeader::Size;
 
     // Error values carried by radarCommandStateChanged besides the radar's codes.
     static constexpr int ErrorNotConnected = -3;

@@ -4,8 +4,6 @@
 #include "canmessage.h"
 #include "radarparamnumbering.h"
 
-#include <QVarLengthArray>
-
 #include <cmath>
 
 namespace {
@@ -74,44 +72,33 @@ IOrvexSerialConnectionClient::~IOrvexSerialConnectionClient() = default;
 int IOrvexSerialConnectionClient::doHandleRadarDataMessage(const QDateTime& dateTimeUtc,
                                                            const QByteArray& data)
 {
-    // Records simply follow one another: no start byte, no checksum. Four bytes led
-    // by an acknowledgement id are always an acknowledgement.
-    QVarLengthArray<AckMessage, 8> acks;
-    QVarLengthArray<CanMessage, 80> frames;
-    const QList<quint16>& ackIds = ackMessageCanIds();
-    const char* bytes = data.constData();
-    const int size = data.size();
-    int offset = 0;
-    for (;;) {
-        AckMessage ack;
-        while (AckMessage::tryExtract(bytes + offset, size - offset, ackIds, ack)) {
-            acks.append(ack);
-            offset += AckMessage::Size;
-        }
-        CanMessage frame;
-        if (!CanMessage::tryExtract(bytes + offset, size - offset, frame))
-            break; // a truncated or garbled tail is dropped without a word
-        frames.append(frame);
-        offset += frame.streamSize();
-    }
+    SerialRecords records;
+    records.cut(data.constData(), data.size(), ackMessageCanIds());
+    return decodeRecords(dateTimeUtc, records);
+}
 
+int IOrvexSerialConnectionClient::decodeRecords(const QDateTime& dateTimeUtc,
+                                                const SerialRecords& records, int* acceptedFrames)
+{
     doUpdateObjects(dateTimeUtc);
     emit frameStarted();
     emit frameDateTimeUtc(dateTimeUtc);
 
-    for (const AckMessage& ack : acks)
+    for (const AckMessage& ack : records.acks)
         doHandleAckMessage(ack, dateTimeUtc);
 
     int result = Offline;
     bool valid = true;
-    if (!frames.isEmpty()) {
+    int accepted = 0;
+    if (!records.frames.isEmpty()) {
         const quint32 cycleBefore = m_currentCycleNumber;
-        for (const CanMessage& frame : frames) {
+        for (const CanMessage& frame : records.frames) {
             if (!doHandleCanMessage(frame, dateTimeUtc)) {
                 valid = false;
                 break;
             }
             doStatCanMessage(frame, dateTimeUtc);
+            ++accepted;
         }
         if (!valid)
             result = BadData;
@@ -127,6 +114,8 @@ int IOrvexSerialConnectionClient::doHandleRadarDataMessage(const QDateTime& date
     emit frameFinished();
 
     doHandleCachedUdtData();
+    if (acceptedFrames)
+        *acceptedFrames = accepted;
     return result;
 }
 

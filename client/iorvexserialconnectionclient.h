@@ -2,13 +2,11 @@
 
 #include "canmsginfo.h"
 #include "iorvexclient.h"
+#include "serialrecords.h"
 #include "udtpayload.h"
 
 #include <QList>
 #include <QMap>
-
-class AckMessage;
-class CanMessage;
 
 // The radar's CAN-over-serial protocol: cuts the server's binary messages into CAN
 // frames and acknowledgements, decodes status, road-object and response frames,
@@ -44,6 +42,13 @@ public:
     virtual const QList<quint16>& ackMessageCanIds() const = 0;
 
     const QMap<quint16, CanMsgInfo>& canStatistics() const { return m_canStats; }
+
+    // Decodes the records of one message's data as the link does, for tools that read
+    // recorded traffic without a socket: dispatches them, emits the frame's signals and
+    // returns the RadarState the message shows. The decoder stops at the first frame it
+    // rejects; `acceptedFrames` receives how many it took before that.
+    int decodeRecords(const QDateTime& dateTimeUtc, const SerialRecords& records,
+                      int* acceptedFrames = nullptr);
 
 public slots:
     void resetStatistics() override;

@@ -3,7 +3,7 @@
 set -euo pipefail
 
 packages=(g++ make cmake qtbase5-dev libqt5websockets5-dev qttools5-dev qttools5-dev-tools
-          qttranslations5-l10n
+          qttranslations5-l10n zlib1g-dev
           fonts-dejavu-core)
 missing=()
 for package in "${packages[@]}"; do

@@ -1,10 +1,15 @@
 // orvex-radar-sim: a radar server with a simulated radar behind it, for demonstrations,
-// tests and operator training without hardware. See --help.
+// tests and operator training without hardware; also a recording relay in front of a
+// real radar server, and the replay of such recordings. See --help.
 
+#include "proxyserver.h"
 #include "radarserver.h"
+#include "recordingplayer.h"
+#include "recordingreader.h"
 #include "simoptions.h"
 #include "simroad.h"
 #include "simulatedradar.h"
+#include "streamrecorder.h"
 
 #include <QCoreApplication>
 #include <QRandomGenerator>
@@ -12,6 +17,8 @@
 
 #include <csignal>
 #include <cstdio>
+#include <functional>
+#include <memory>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -25,6 +32,82 @@ void onUnixSignal(int)
     [[maybe_unused]] const ssize_t written = ::write(signalPipe[1], &byte, 1);
 }
 
+void printLine(const QString& line)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(line));
+}
+
+// Stop cleanly on Ctrl+C and on kill: tell the clients goodbye first.
+void stopOnSignals(QCoreApplication& app, const std::function<void()>& closeAll)
+{
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) != 0)
+        return;
+    auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, &app);
+    QObject::connect(notifier, &QSocketNotifier::activated, &app, [closeAll] {
+        char byte;
+        [[maybe_unused]] const ssize_t read = ::read(signalPipe[0], &byte, 1);
+        closeAll();
+        QCoreApplication::quit();
+    });
+    std::signal(SIGINT, onUnixSignal);
+    std::signal(SIGTERM, onUnixSignal);
+}
+
+bool loadLanes(const SimOptions& options, QMap<int, QPolygonF>& lanes, QString& error)
+{
+    QJsonObject road = SimRoad::defaultConfig();
+    if (!options.roadFile.isEmpty() && !SimRoad::load(options.roadFile, road, error))
+        return false;
+    lanes = SimRoad::laneCentres(road);
+    if (lanes.isEmpty()) {
+        printLine(
+            QStringLiteral("orvex-radar-sim: the road in %1 has no lanes; vehicles drive on the "
+                           "default road")
+                .arg(options.roadFile));
+        lanes = SimRoad::laneCentres(SimRoad::defaultConfig());
+    }
+    return true;
+}
+
+bool loadReplay(const SimOptions& options, RecordingReader& reader,
+                QVector<RecordedMessage>& messages, QString& error)
+{
+    if (!reader.open(options.replayFile, error))
+        return false;
+    messages = RecordingPlayer::serverMessages(reader);
+    if (reader.tailSize() > 0 && !options.quiet)
+        printLine(QStringLiteral("%1: replayed up to its last whole message; %2")
+                      .arg(options.replayFile, reader.tailDescription()));
+    const qint64 fromUs = qint64(options.replayFrom * 1e6);
+    const qint64 toUs = options.replayTo < 0 ? std::numeric_limits<qint64>::max()
+                                             : qint64(options.replayTo * 1e6);
+    if (std::none_of(messages.cbegin(), messages.cend(), [&](const RecordedMessage& m) {
+            return m.timeUs >= fromUs && m.timeUs <= toUs;
+        })) {
+        error = QStringLiteral("%1 holds no message of the server between %2 s and %3")
+                    .arg(options.replayFile)
+                    .arg(options.replayFrom)
+                    .arg(options.replayTo < 0 ? QStringLiteral("its end")
+                                              : QStringLiteral("%1 s").arg(options.replayTo));
+        return false;
+    }
+    if (!options.quiet) {
+        printLine(QStringLiteral("replaying %1: %2 messages of the server over %3 s, speed %4%5")
+                      .arg(options.replayFile)
+                      .arg(messages.size())
+                      .arg((messages.last().timeUs - messages.first().timeUs) / 1e6, 0, 'f', 3)
+                      .arg(options.speed)
+                      .arg(options.loop ? QStringLiteral(", looping") : QString()));
+    }
+    return true;
+}
+
+int fail(const QString& message, int code)
+{
+    std::fprintf(stderr, "orvex-radar-sim: %s\n", qPrintable(message));
+    return code;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -36,63 +119,84 @@ int main(int argc, char* argv[])
     SimOptions options;
     QString error;
     bool exitNow = false;
-    if (!SimOptions::parse(QCoreApplication::arguments(), options, error, exitNow)) {
-        std::fprintf(stderr, "orvex-radar-sim: %s\n(see --help)\n", qPrintable(error));
-        return 2;
-    }
+    if (!SimOptions::parse(QCoreApplication::arguments(), options, error, exitNow))
+        return fail(error + QStringLiteral("\n(see --help)"), 2);
     if (exitNow)
         return 0;
     if (!options.seedGiven)
         options.seed = QRandomGenerator::global()->generate();
 
-    QJsonObject road = SimRoad::defaultConfig();
-    if (!options.roadFile.isEmpty() && !SimRoad::load(options.roadFile, road, error)) {
-        std::fprintf(stderr, "orvex-radar-sim: %s\n", qPrintable(error));
-        return 2;
+    // Declared first so that it outlives the servers that record into it.
+    // It opens its file only once listening succeeded.
+    std::unique_ptr<StreamRecorder> recorder;
+    if (!options.recordFile.isEmpty()) {
+        recorder = std::make_unique<StreamRecorder>();
+        if (!options.quiet)
+            QObject::connect(recorder.get(), &StreamRecorder::logLine, printLine);
     }
-    QMap<int, QPolygonF> lanes = SimRoad::laneCentres(road);
-    if (lanes.isEmpty()) {
-        std::fprintf(stderr,
-                     "orvex-radar-sim: the road in %s has no lanes; vehicles drive on "
-                     "the default road\n",
-                     qPrintable(options.roadFile));
-        lanes = SimRoad::laneCentres(SimRoad::defaultConfig());
+    RecordingReader replay; // the replayed messages point into it
+    QVector<RecordedMessage> replayMessages;
+    if (!options.replayFile.isEmpty() && !loadReplay(options, replay, replayMessages, error))
+        return fail(error, 2);
+
+    std::unique_ptr<ProxyServer> proxy;
+    std::unique_ptr<SimulatedRadar> radar;
+    std::unique_ptr<RadarServer> server;
+    QUrl url;
+    int laneCount = 0;
+    if (options.proxyUrl.isValid()) {
+        proxy = std::make_unique<ProxyServer>(options, recorder.get());
+        if (!options.quiet)
+            QObject::connect(proxy.get(), &ProxyServer::logLine, printLine);
+        if (!proxy->listen(error))
+            return fail(QStringLiteral("cannot listen on %1:%2: %3")
+                            .arg(options.host)
+                            .arg(options.port)
+                            .arg(error),
+                        1);
+        url = proxy->url();
+        stopOnSignals(app, [&proxy] { proxy->closeAll(); });
+    } else {
+        QMap<int, QPolygonF> lanes;
+        if (!loadLanes(options, lanes, error))
+            return fail(error, 2);
+        laneCount = lanes.size();
+        radar = std::make_unique<SimulatedRadar>(options, lanes);
+        server = std::make_unique<RadarServer>(options, radar.get());
+        server->setRecorder(recorder.get());
+        if (!replayMessages.isEmpty())
+            server->setReplay(&replayMessages);
+        if (!options.quiet) {
+            QObject::connect(radar.get(), &SimulatedRadar::logLine, printLine);
+            QObject::connect(server.get(), &RadarServer::logLine, printLine);
+        }
+        if (!server->listen(error))
+            return fail(QStringLiteral("cannot listen on %1:%2: %3")
+                            .arg(options.host)
+                            .arg(options.port)
+                            .arg(error),
+                        1);
+        url = server->url();
+        stopOnSignals(app, [&server] { server->closeAll(); });
     }
 
-    SimulatedRadar radar(options, lanes);
-    RadarServer server(options, &radar);
-    if (!options.quiet) {
-        auto log = [](const QString& line) { std::fprintf(stderr, "%s\n", qPrintable(line)); };
-        QObject::connect(&radar, &SimulatedRadar::logLine, log);
-        QObject::connect(&server, &RadarServer::logLine, log);
-    }
-    if (!server.listen(error)) {
-        std::fprintf(stderr, "orvex-radar-sim: cannot listen on %s:%u: %s\n",
-                     qPrintable(options.host), options.port, qPrintable(error));
-        return 1;
-    }
-
-    // Stop cleanly on Ctrl+C and on kill: tell the clients goodbye first.
-    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) == 0) {
-        auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, &app);
-        QObject::connect(notifier, &QSocketNotifier::activated, &app, [&server] {
-            char byte;
-            [[maybe_unused]] const ssize_t read = ::read(signalPipe[0], &byte, 1);
-            server.closeAll();
-            QCoreApplication::quit();
-        });
-        std::signal(SIGINT, onUnixSignal);
-        std::signal(SIGTERM, onUnixSignal);
-    }
-
-    std::printf("orvex-radar-sim: listening on %s\n", qPrintable(server.url().toString()));
+    if (recorder && !recorder->open(options.recordFile, error))
+        return fail(error, 2);
+    std::printf("orvex-radar-sim: listening on %s\n", qPrintable(url.toString()));
     std::fflush(stdout);
-    if (!options.quiet) {
-        std::fprintf(stderr, "variant %s, %.1f cycles/s, %d vehicles on %d lanes, seed %u%s\n",
-                     options.variant == 0 ? "SerD" : "SerP", options.rate, options.vehicles,
-                     int(lanes.size()), options.seed,
-                     options.timeStampHeader ? "" : ", no time-stamp header");
+    if (proxy) {
+        if (!options.quiet)
+            printLine(QStringLiteral("relaying %1").arg(options.proxyUrl.toString()));
+    } else if (!replayMessages.isEmpty()) {
+        radar->startAnswering();
+    } else {
+        if (!options.quiet) {
+            std::fprintf(stderr, "variant %s, %.1f cycles/s, %d vehicles on %d lanes, seed %u%s\n",
+                         options.variant == 0 ? "SerD" : "SerP", options.rate, options.vehicles,
+                         laneCount, options.seed,
+                         options.timeStampHeader ? "" : ", no time-stamp header");
+        }
+        radar->start();
     }
-    radar.start();
     return app.exec();
 }

@@ -1,24 +1,21 @@
 #include "radarserver.h"
 
+#include "recordingplayer.h"
 #include "serversession.h"
 #include "simulatedradar.h"
+#include "streamrecorder.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTcpSocket>
 #include <QWebSocket>
 
 RadarServer::RadarServer(const SimOptions& options, SimulatedRadar* radar, QObject* parent)
     : QObject(parent)
     , m_options(options)
     , m_radar(radar)
-    , m_webSocketServer(QStringLiteral("orvex-radar-sim"), QWebSocketServer::NonSecureMode)
+    , m_listener(options)
 {
-    // The TCP side is ours so that a connection can be stalled (see --ignore-pings);
-    // the WebSocket server only does the handshake on the sockets it is handed.
-    connect(&m_tcpServer, &QTcpServer::newConnection, this, &RadarServer::onTcpConnection);
-    connect(&m_webSocketServer, &QWebSocketServer::newConnection, this,
-            &RadarServer::onWebSocketConnection);
+    connect(&m_listener, &ClientListener::clientConnected, this, &RadarServer::onClient);
     connect(m_radar, &SimulatedRadar::radarMessage, this, [this](const QByteArray& message) {
         for (ServerSession* session : qAsConst(m_sessions))
             session->sendRadarMessage(message);
@@ -27,73 +24,67 @@ RadarServer::RadarServer(const SimOptions& options, SimulatedRadar* radar, QObje
 
 RadarServer::~RadarServer() = default;
 
-bool RadarServer::listen(QString& error)
+void RadarServer::onClient(QWebSocket* socket)
 {
-    QHostAddress address(m_options.host);
-    if (m_options.host == QLatin1String("localhost"))
-        address = QHostAddress::LocalHost;
-    if (address.isNull()) {
-        error = QStringLiteral("\"%1\" is not an IP address").arg(m_options.host);
-        return false;
+    auto* session = new ServerSession(socket, url().toString(), m_options.portName, this);
+    m_sessions.append(session);
+    const QString peer
+        = QStringLiteral("%1:%2").arg(socket->peerAddress().toString()).arg(socket->peerPort());
+    emit logLine(QStringLiteral("client %1 connected (%2 now)").arg(peer).arg(m_sessions.size()));
+
+    // Recorded first, so that a request is written before the answer it gets.
+    if (m_recorder && m_recorder->beginSession(session, peer))
+        record(session);
+
+    // Replaying, the radar's answers to this client ride in its stream of the recording.
+    RecordingPlayer* player
+        = m_replay ? new RecordingPlayer(*m_replay, m_options, session) : nullptr;
+    connect(socket, &QWebSocket::textMessageReceived, session,
+            [this, session](const QString& text) { onText(session, text); });
+    connect(socket, &QWebSocket::binaryMessageReceived, session,
+            [this, player](const QByteArray& data) {
+                m_radar->receive(data);
+                if (player)
+                    player->addReplies(m_radar->takeReplies());
+            });
+    connect(socket, &QWebSocket::disconnected, this, [this, session] {
+        if (m_recorder)
+            m_recorder->endSession(session);
+        m_sessions.removeOne(session);
+        session->deleteLater();
+        emit logLine(QStringLiteral("client left (%1 now)").arg(m_sessions.size()));
+    });
+
+    if (!player) {
+        session->start();
+        return;
     }
-    if (!m_tcpServer.listen(address, m_options.port)) {
-        error = m_tcpServer.errorString();
-        return false;
-    }
-    return true;
+    connect(player, &RecordingPlayer::message, session, &ServerSession::send);
+    connect(player, &RecordingPlayer::finished, this,
+            [this, peer] { emit logLine(QStringLiteral("replay finished for %1").arg(peer)); });
+    if (!player->start())
+        emit logLine(QStringLiteral("nothing to replay between --from and --to"));
 }
 
-QUrl RadarServer::url() const
+void RadarServer::record(ServerSession* session)
 {
-    return QUrl(QStringLiteral("ws://%1:%2/").arg(m_options.host).arg(m_tcpServer.serverPort()));
-}
-
-void RadarServer::onTcpConnection()
-{
-    while (QTcpSocket* socket = m_tcpServer.nextPendingConnection()) {
-        m_upgrading.append(socket);
-        m_webSocketServer.handleConnection(socket);
-    }
-}
-
-QTcpSocket* RadarServer::takeTcpSocket(const QWebSocket* socket)
-{
-    // The upgraded connection is the TCP socket with the same peer.
-    m_upgrading.removeAll(nullptr);
-    for (int i = 0; i < m_upgrading.size(); ++i) {
-        QTcpSocket* tcp = m_upgrading.at(i);
-        if (tcp->peerPort() == socket->peerPort() && tcp->peerAddress() == socket->peerAddress())
-            return m_upgrading.takeAt(i);
-    }
-    return nullptr;
-}
-
-void RadarServer::onWebSocketConnection()
-{
-    while (QWebSocket* socket = m_webSocketServer.nextPendingConnection()) {
-        auto* session = new ServerSession(socket, url().toString(), m_options.portName, this);
-        m_sessions.append(session);
-        emit logLine(QStringLiteral("client %1:%2 connected (%3 now)")
-                         .arg(socket->peerAddress().toString())
-                         .arg(socket->peerPort())
-                         .arg(m_sessions.size()));
-
-        connect(socket, &QWebSocket::textMessageReceived, session,
-                [this, session](const QString& text) { onText(session, text); });
-        connect(socket, &QWebSocket::binaryMessageReceived, m_radar, &SimulatedRadar::receive);
-        connect(socket, &QWebSocket::disconnected, this, [this, session] {
-            m_sessions.removeOne(session);
-            session->deleteLater();
-            emit logLine(QStringLiteral("client left (%1 now)").arg(m_sessions.size()));
-        });
-
-        QTcpSocket* tcp = takeTcpSocket(socket);
-        if (m_options.ignorePings && tcp) {
-            // Stall the connection: nothing the client sends is read any more, its pings
-            // included, while the radar's data still goes out to it.
-            QObject::disconnect(tcp, &QTcpSocket::readyRead, nullptr, nullptr);
-        }
-    }
+    QWebSocket* socket = session->socket();
+    connect(socket, &QWebSocket::textMessageReceived, m_recorder,
+            [this, session](const QString& text) {
+                m_recorder->record(session, RecordedMessage::FromApp, RecordedMessage::Text,
+                                   text.toUtf8());
+            });
+    connect(socket, &QWebSocket::binaryMessageReceived, m_recorder,
+            [this, session](const QByteArray& data) {
+                m_recorder->record(session, RecordedMessage::FromApp, RecordedMessage::Binary,
+                                   data);
+            });
+    connect(session, &ServerSession::messageSent, m_recorder,
+            [this, session](const QByteArray& message, bool binary) {
+                m_recorder->record(session, RecordedMessage::FromServer,
+                                   binary ? RecordedMessage::Binary : RecordedMessage::Text,
+                                   message);
+            });
 }
 
 void RadarServer::onText(ServerSession* session, const QString& text)
@@ -134,7 +125,7 @@ void RadarServer::onText(ServerSession* session, const QString& text)
 
 void RadarServer::closeAll()
 {
-    m_tcpServer.close();
+    m_listener.close();
     for (ServerSession* session : qAsConst(m_sessions))
         session->socket()->close(QWebSocketProtocol::CloseCodeGoingAway);
 }

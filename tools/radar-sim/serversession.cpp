@@ -19,11 +19,15 @@ ServerSession::ServerSession(QWebSocket* socket, const QString& serverUrl, const
     m_socket->setParent(this);
     m_stateTimer.setInterval(StateStepMs);
     connect(&m_stateTimer, &QTimer::timeout, this, &ServerSession::sendNextState);
-    sendNextState();
-    m_stateTimer.start();
 }
 
 ServerSession::~ServerSession() = default;
+
+void ServerSession::start()
+{
+    sendNextState();
+    m_stateTimer.start();
+}
 
 bool ServerSession::isWorking() const
 {
@@ -46,12 +50,20 @@ void ServerSession::sendNextState()
 
 void ServerSession::sendJson(const QJsonObject& object)
 {
-    m_socket->sendTextMessage(
-        QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)));
+    send(QJsonDocument(object).toJson(QJsonDocument::Compact), false);
 }
 
 void ServerSession::sendRadarMessage(const QByteArray& message)
 {
     if (isWorking())
+        send(message, true);
+}
+
+void ServerSession::send(const QByteArray& message, bool binary)
+{
+    if (binary)
         m_socket->sendBinaryMessage(message);
+    else
+        m_socket->sendTextMessage(QString::fromUtf8(message));
+    emit messageSent(message, binary);
 }

@@ -3,6 +3,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
+#include <cmath>
 #include <cstdio>
 
 namespace {
@@ -14,6 +15,60 @@ bool toNumber(const QString& text, qint64 low, qint64 high, qint64& value)
                 ? text.mid(2).toLongLong(&ok, 16)
                 : text.toLongLong(&ok, 10);
     return ok && value >= low && value <= high;
+}
+
+bool seconds(const QCommandLineParser& parser, const QString& name, double& value, QString& error)
+{
+    if (!parser.isSet(name))
+        return true;
+    bool ok = false;
+    value = parser.value(name).toDouble(&ok);
+    if (!ok || !std::isfinite(value) || value < 0) {
+        error = QStringLiteral("--%1 wants a number of seconds").arg(name);
+        return false;
+    }
+    return true;
+}
+
+bool parseRecordReplay(const QCommandLineParser& parser, SimOptions& options, QString& error)
+{
+    options.recordFile = parser.value("record");
+    options.replayFile = parser.value("replay");
+    options.loop = parser.isSet("loop");
+    if (parser.isSet("proxy")) {
+        options.proxyUrl = QUrl(parser.value("proxy"), QUrl::StrictMode);
+        const QString scheme = options.proxyUrl.scheme();
+        if (!options.proxyUrl.isValid() || options.proxyUrl.host().isEmpty()
+            || (scheme != QLatin1String("ws") && scheme != QLatin1String("wss"))) {
+            error = QStringLiteral("--proxy wants a radar server URL such as ws://HOST:PORT/");
+            return false;
+        }
+    }
+    if (parser.isSet("replay") && (parser.isSet("proxy") || parser.isSet("record"))) {
+        error = QStringLiteral("--replay serves a recording; it cannot also relay or record");
+        return false;
+    }
+    for (const char* name : {"speed", "loop", "from", "to"}) {
+        if (parser.isSet(name) && !parser.isSet("replay")) {
+            error = QStringLiteral("--%1 goes with --replay").arg(QLatin1String(name));
+            return false;
+        }
+    }
+    bool ok = true;
+    options.speed = parser.value("speed").toDouble(&ok);
+    if (!ok || !(options.speed >= 0.1 && options.speed <= 100)) {
+        error = QStringLiteral("--speed wants a factor from 0.1 to 100");
+        return false;
+    }
+    if (!seconds(parser, "from", options.replayFrom, error)
+        || !seconds(parser, "to", options.replayTo, error)) {
+        return false;
+    }
+    if (parser.isSet("to") && options.replayTo <= options.replayFrom) {
+        error = QStringLiteral("--to must lie after --from");
+        return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -28,7 +83,14 @@ bool SimOptions::parse(const QStringList& arguments, SimOptions& options, QStrin
         "Speaks the radar server's WebSocket protocol (JSON server commands, binary CAN "
         "records with the radar's time-stamp header) and simulates a radar watching traffic "
         "on a multi-lane road, answering configuration and service commands as the radar "
-        "does. Fault options make it misbehave in the ways a real installation can."));
+        "does. Fault options make it misbehave in the ways a real installation can.\n"
+        "\n"
+        "It also records and replays the radar stream: with --proxy it relays a real radar "
+        "server to the application unchanged, in both directions, and --record FILE writes "
+        "every message of both directions with its receive time (without --proxy it records "
+        "its own session); --replay FILE serves a recording with its original timing and "
+        "answers the application's commands as the simulator does. orvex-radar-inspect FILE "
+        "summarizes a recording."));
     parser.addHelpOption();
     parser.addVersionOption();
 
@@ -67,8 +129,27 @@ bool SimOptions::parse(const QStringList& arguments, SimOptions& options, QStrin
     const QCommandLineOption ignorePings(
         "ignore-pings", "Stall every connection, so that no pong ever reaches the client.");
     const QCommandLineOption quiet("quiet", "Print nothing but the listening address.");
+    const QCommandLineOption proxy("proxy",
+                                   "Relay the radar server at this URL (ws://HOST:PORT/) to the "
+                                   "application instead of simulating one.",
+                                   "url");
+    const QCommandLineOption record("record",
+                                    "Record every message of both directions into this new file "
+                                    "(the session of the first client at a time).",
+                                    "file");
+    const QCommandLineOption replay("replay",
+                                    "Serve this recording to every client with its original "
+                                    "timing; commands are answered as the simulator does.",
+                                    "file");
+    const QCommandLineOption speed("speed", "Replay speed, 0.1 to 100 (default 1).", "x", "1");
+    const QCommandLineOption loop("loop", "Replay the recording over and over.");
+    const QCommandLineOption from("from", "Replay from this many seconds into the recording.",
+                                  "seconds");
+    const QCommandLineOption to("to", "Replay up to this many seconds into the recording.",
+                                "seconds");
     parser.addOptions({host, port, rate, noHeader, variant, vehicles, road, seed, selfTest,
                        portName, busyAcks, errorAck, noAcks, garbage, silence, ignorePings, quiet});
+    parser.addOptions({proxy, record, replay, speed, loop, from, to});
 
     if (!parser.parse(arguments)) {
         error = parser.errorText();
@@ -134,5 +215,5 @@ bool SimOptions::parse(const QStringList& arguments, SimOptions& options, QStrin
             return false;
         }
     }
-    return true;
+    return parseRecordReplay(parser, options, error);
 }

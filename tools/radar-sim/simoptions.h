@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringList>
 #include <QtGlobal>
+#include <QUrl>
 
 // Everything the simulator can be told on its command line.
 struct SimOptions
@@ -27,6 +28,15 @@ struct SimOptions
     double silenceAfter = -1.0; // stop sending after this many seconds, < 0: never
     bool ignorePings = false; // stall every connection so no pong reaches the client
     bool quiet = false;
+
+    // Relaying, recording and replaying.
+    QUrl proxyUrl; // relay this radar server instead of simulating one
+    QString recordFile;
+    QString replayFile;
+    double speed = 1.0; // replay time scale, 0.1 to 100
+    bool loop = false;
+    double replayFrom = 0.0; // seconds since the recording started
+    double replayTo = -1.0; // < 0: to the end
 
     // Parses the arguments (program name first). On a bad option returns false and
     // writes the reason; --help and --version print and set `exitNow`.

@@ -2,6 +2,7 @@
 
 #include "canmessage.h"
 #include "radarparamnumbering.h"
+#include "serialrecords.h"
 #include "udtpayload.h"
 
 #include <QDateTime>
@@ -43,9 +44,24 @@ SimulatedRadar::SimulatedRadar(const SimOptions& options, const QMap<int, QPolyg
 
 void SimulatedRadar::start()
 {
+    startAnswering();
+    m_cycleTimer.start();
+}
+
+void SimulatedRadar::startAnswering()
+{
     m_sinceStart.start();
     m_uptime.start();
-    m_cycleTimer.start();
+}
+
+QByteArray SimulatedRadar::takeReplies()
+{
+    QByteArray replies = m_pendingAcks;
+    for (quint64 payload : qAsConst(m_pendingUdt))
+        replies += RadarFrameEncoder::frame(m_ids.udtResponse, payload);
+    m_pendingAcks.clear();
+    m_pendingUdt.clear();
+    return replies;
 }
 
 void SimulatedRadar::setVariant(int variant)
@@ -140,13 +156,11 @@ QVector<SimulatedTraffic::Object> SimulatedRadar::objectsThisCycle()
 
 void SimulatedRadar::receive(const QByteArray& data)
 {
-    const char* bytes = data.constData();
-    int offset = 0;
-    CanMessage frame;
-    while (CanMessage::tryExtract(bytes + offset, data.size() - offset, frame)) {
-        offset += frame.streamSize();
+    // The radar reads CAN frames only; what does not form one is dropped.
+    SerialRecords records;
+    records.cut(data.constData(), data.size(), {});
+    for (const CanMessage& frame : records.frames)
         handleFrame(frame);
-    }
 }
 
 void SimulatedRadar::handleFrame(const CanMessage& frame)

@@ -30,6 +30,11 @@ public:
                    QObject* parent = nullptr);
 
     void start();
+    // For a radar whose cycles come from elsewhere (a replayed recording): it answers
+    // commands but sends nothing of its own; takeReplies() hands out the answers.
+    void startAnswering();
+    // The acknowledgements and response frames its next cycle would carry.
+    QByteArray takeReplies();
     int variant() const { return m_variant; }
     void setVariant(int variant);
     const SimParameterStore& parameters() const { return m_params; }
