@@ -83,6 +83,7 @@ public slots:
     void onRadarStateChanged(int state);
     void onHardwareInfoResult(const QString& info);
     void onFirmwareInfoResult(const QString& info);
+    void onSelfDiagnosticsResult(quint16 data);
     void onImitatorModeChanged(quint8 mode);
     void onFakeTargetsModeChanged(bool enabled);
     void onWindowedCommandRequested(int command);
@@ -115,6 +116,7 @@ private:
     void doConnectFrameFeed();
     void doConnectRadarResults();
     void doConnectRadarRequests();
+    void doConnectCommandPanels();
     void doResetWindowLayout(int control);
     void doApplyWindowLayout(int control);
     void doSetControlsSizePolicy(bool vertical, bool visible0, bool visible2);
