@@ -11,6 +11,8 @@ CmdHandler::CmdHandler(QObject* parent)
     : QObject(parent)
     , m_hideTimer(new QTimer(this))
 {
+    // Precise: the outcome stays up the full five seconds, not a coarse timer's 5 % less.
+    m_hideTimer->setTimerType(Qt::PreciseTimer);
     m_hideTimer->setInterval(HideTimeoutMs);
     m_hideTimer->setSingleShot(true);
     connect(m_hideTimer, &QTimer::timeout, this, &CmdHandler::doHideStates);

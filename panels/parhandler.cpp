@@ -11,7 +11,9 @@ using L = ParStateLabel;
 
 QTimer* makeTimer(QObject* parent, int intervalMs)
 {
+    // Precise: a coarse timer may fire up to 5 % early.
     auto* timer = new QTimer(parent);
+    timer->setTimerType(Qt::PreciseTimer);
     timer->setInterval(intervalMs);
     timer->setSingleShot(true);
     return timer;
