@@ -433,6 +433,11 @@ void MainWindow::doConnectRadarState()
     connect(c, &C::radarStateChanged, m_ui->imitatorObjectWidget,
             &ImitatorObjectWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_ui->generalInfoWidget, &GeneralInfoWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->saveAndRestartWidget,
+            &SaveAndRestartWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->radarTuningWidget, &RadarTuningWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->sendCommandsWidget,
+            &SendCommandsWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_serverStateWidget, &ServerStateWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_radarStateWidget, &RadarStateWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_objectsHelper, &ObjectsHelper::setRadarState);
@@ -505,8 +510,9 @@ void MainWindow::doConnectRadarRequests()
 
 void MainWindow::doConnectCommandPanels()
 {
-    // The service, tuning and save/restart panels: their requests go to the client; the
-    // radar's state, every command's progress and the values read back come to them.
+    // The service, tuning and save/restart panels: their requests go to the client;
+    // every command's progress and the values read back come to them (the radar's state
+    // comes with the other displays').
     using C = IOrvexClient;
     IOrvexClient* c = m_radarClient;
     SendCommandsWidget* commands = m_ui->sendCommandsWidget;
@@ -516,9 +522,6 @@ void MainWindow::doConnectCommandPanels()
     using T = RadarTuningWidget;
     using R = SaveAndRestartWidget;
 
-    connect(c, &C::radarStateChanged, saveRestart, &R::showRadarState);
-    connect(c, &C::radarStateChanged, tuning, &T::showRadarState);
-    connect(c, &C::radarStateChanged, commands, &S::showRadarState);
     connect(c, &C::radarCommandStateChanged, saveRestart, &R::showCommandState);
     connect(c, &C::radarCommandStateChanged, tuning, &T::showCommandState);
     connect(c, &C::radarCommandStateChanged, commands, &S::showCommandState);

@@ -2,6 +2,7 @@
 #include "cmdstatelabel.h"
 #include "mainwindow.h"
 #include "orvexserialpakorprotocolclient.h"
+#include "parhandler.h"
 #include "parstatelabel.h"
 #include "questionanswerer.h"
 #include "radartuningwidget.h"
@@ -9,6 +10,7 @@
 #include "simulatorprocess.h"
 #include "workprofilehandler.h"
 
+#include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QMenu>
@@ -22,10 +24,12 @@
 #include <memory>
 
 using C = IOrvexClient;
+using L = ParStateLabel;
 
-// The command panels in their boxes of the main window, wired to the client, against
-// the radar server simulator: requested results open their message boxes, others do
-// not, and a protocol switch re-wires everything without leaving a label hanging.
+// The command panels in their boxes of the main window, end to end against the radar
+// server simulator: what the operator sees when the radar answers, is busy, stays
+// silent or restarts; requested results open their message boxes and others do not;
+// a protocol switch re-wires everything without leaving a label hanging.
 class tst_MainWindowPanels : public QObject
 {
     Q_OBJECT
@@ -36,26 +40,37 @@ private slots:
 
     void requestedResultsOpenTheirBoxes_data();
     void requestedResultsOpenTheirBoxes();
-    void tuningFollowsTheRadar();
+    void busyRadarStillAnswers();
+    void tuningReadsBackAndOutlivesARestart();
+    void silentRadarEndsInErrorAndClears();
     void protocolSwitchWhileACommandIsInFlight();
 
 private:
-    // The window on the default profile, pointed at the simulator, with a working radar.
-    bool openWindow();
+    // The window on the default profile, pointed at a simulator started with the
+    // arguments; true once the radar works and the service commands may be used.
+    bool openWindow(const QStringList& simArguments, bool autoGetData = true);
     QPushButton* button(const char* name) const { return m_window->findChild<QPushButton*>(name); }
-    // The label beside a button of the service commands.
+    QSpinBox* spin(const char* name) const { return m_window->findChild<QSpinBox*>(name); }
+    // The label beside a button of the service or save/restart commands.
     CmdStateLabel* stateLabel(QString buttonName) const
     {
         const QString place = buttonName.replace("Button", "StateWidget");
         return m_window->findChild<QWidget*>(place)->findChild<CmdStateLabel*>();
     }
+    L* frequencyLabel() const { return m_window->findChild<L*>("frequencyIdResultLabel"); }
+    L* sensitivityLabel() const { return m_window->findChild<L*>("sensitivityResultLabel"); }
+    RadarTuningWidget* tuning() const { return m_window->findChild<RadarTuningWidget*>(); }
     SendCommandsWidget* commands() const { return m_window->findChild<SendCommandsWidget*>(); }
-    QAction* protocolAction(int variant) const;
+    QAction* menuAction(const QString& text) const;
+    bool waitForRadarState(int state, int timeoutMs = 8000);
+    // Clicks once the tuning panel takes input; true when both labels reached the state.
+    bool tuningClick(const char* buttonName, int endState, int timeoutMs = 5000);
 
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_previousDir;
     std::unique_ptr<SimulatorProcess> m_sim;
     std::unique_ptr<MainWindow> m_window;
+    std::unique_ptr<QSignalSpy> m_commandSteps; // of the first client
 };
 
 void tst_MainWindowPanels::init()
@@ -64,25 +79,27 @@ void tst_MainWindowPanels::init()
     QVERIFY(m_dir->isValid());
     m_previousDir = QDir::currentPath();
     QDir::setCurrent(m_dir->path());
-    // Units 2 and 4 sound, the rest and the radar as a whole not.
-    m_sim = std::make_unique<SimulatorProcess>(QStringList{"--quiet", "--selftest", "0x0014"});
-    QVERIFY(m_sim->start());
 }
 
 void tst_MainWindowPanels::cleanup()
 {
+    m_commandSteps.reset();
     m_window.reset();
     m_sim.reset();
     QDir::setCurrent(m_previousDir);
     m_dir.reset();
 }
 
-bool tst_MainWindowPanels::openWindow()
+bool tst_MainWindowPanels::openWindow(const QStringList& simArguments, bool autoGetData)
 {
+    m_sim = std::make_unique<SimulatorProcess>(QStringList{"--quiet"} + simArguments);
+    if (!m_sim->start())
+        return false;
     QJsonObject profile = WorkProfileHandler::defaultProfile();
     QJsonObject connection = profile.value("connection").toObject();
     connection.insert("radar_server_url", m_sim->url().toString());
     profile.insert("connection", connection);
+    profile.insert("data", QJsonObject{{"auto_get_data", autoGetData}});
     QFile file(WorkProfileHandler::SettingsFilePath);
     if (!file.open(QIODevice::WriteOnly))
         return false;
@@ -90,23 +107,40 @@ bool tst_MainWindowPanels::openWindow()
         QJsonDocument(QJsonObject{{"profiles", QJsonArray{profile}}, {"current_id", 0}}).toJson());
     file.close();
     m_window = std::make_unique<MainWindow>();
+    // The radar works, and the start-up commands are queued, only once events flow.
+    m_commandSteps
+        = std::make_unique<QSignalSpy>(m_window->radarClient(), &C::radarCommandStateChanged);
     m_window->show();
-    // Working, and what the window asks of a radar by itself answered.
+    // A silent radar keeps the start-up commands in the queue for a long while.
     return QTest::qWaitForWindowExposed(m_window.get())
-           && QTest::qWaitFor([this] { return commands()->isEnabled(); }, 10000);
+           && QTest::qWaitFor([this] { return commands()->isEnabled(); }, 20000);
 }
 
-QAction* tst_MainWindowPanels::protocolAction(int variant) const
+QAction* tst_MainWindowPanels::menuAction(const QString& text) const
 {
-    for (QAction* top : m_window->menuBar()->actions()) {
-        if (top->text() != "&Protocol")
-            continue;
-        for (QAction* action : top->menu()->actions()) {
-            if (action->isCheckable() && action->data() == variant)
-                return action;
-        }
+    for (QAction* action : m_window->menuBar()->findChildren<QAction*>()) {
+        if (action->text() == text)
+            return action;
     }
     return nullptr;
+}
+
+bool tst_MainWindowPanels::waitForRadarState(int state, int timeoutMs)
+{
+    return QTest::qWaitFor([this, state] { return m_window->radarClient()->radarState() == state; },
+                           timeoutMs);
+}
+
+bool tst_MainWindowPanels::tuningClick(const char* buttonName, int endState, int timeoutMs)
+{
+    if (!QTest::qWaitFor([this] { return tuning()->isEnabled(); }))
+        return false;
+    button(buttonName)->click();
+    return QTest::qWaitFor(
+        [this, endState] {
+            return frequencyLabel()->state() == endState && sensitivityLabel()->state() == endState;
+        },
+        timeoutMs);
 }
 
 void tst_MainWindowPanels::requestedResultsOpenTheirBoxes_data()
@@ -122,10 +156,11 @@ void tst_MainWindowPanels::requestedResultsOpenTheirBoxes_data()
     QTest::newRow("firmware info") << 1 << "getDeviceInfoButton"
                                    << "Firmware info"
                                    << "FW 2.14.3 build 512";
-    QTest::newRow("self-diagnosis") << -1 << "selfDiagnosticsButton"
-                                    << "Radar self-diagnosis"
-                                    << "Self-diagnosis completed.\nRadar is functioning wrong.\n\n"
-                                       "AMP1\tbad\nAMP2\tok\nPADC\tbad\nTRSC\tok\nPLLC\tbad";
+    QTest::newRow("self-diagnosis, units 2 and 4 sound")
+        << -1 << "selfDiagnosticsButton"
+        << "Radar self-diagnosis"
+        << "Self-diagnosis completed.\nRadar is functioning wrong.\n\n"
+           "AMP1\tbad\nAMP2\tok\nPADC\tbad\nTRSC\tok\nPLLC\tbad";
 }
 
 void tst_MainWindowPanels::requestedResultsOpenTheirBoxes()
@@ -133,12 +168,11 @@ void tst_MainWindowPanels::requestedResultsOpenTheirBoxes()
     QFETCH(int, menuItem);
     QFETCH(QString, buttonName);
     QuestionAnswerer answerer(QMessageBox::Ok);
-    QVERIFY(openWindow());
+    QVERIFY(openWindow({"--selftest", "0x0014"}));
     // The hardware information the status bar asked for by itself opened no box.
     QVERIFY(!QTest::qWaitFor([&answerer] { return answerer.count > 0; }, 300));
 
-    QPushButton* b = button(qPrintable(buttonName));
-    b->click();
+    button(qPrintable(buttonName))->click();
     if (menuItem >= 0) {
         QMenu* menu = commands()->deviceInfoMenu();
         QTRY_VERIFY(menu->isVisible());
@@ -152,62 +186,99 @@ void tst_MainWindowPanels::requestedResultsOpenTheirBoxes()
     QVERIFY(!QTest::qWaitFor([&answerer] { return answerer.count > 1; }, 300));
 }
 
-void tst_MainWindowPanels::tuningFollowsTheRadar()
+void tst_MainWindowPanels::busyRadarStillAnswers()
 {
-    QVERIFY(openWindow());
-    // Data read when the radar started working, as the profile asks.
-    auto* frequency = m_window->findChild<QSpinBox*>("frequencyIdSpin");
-    auto* frequencyLabel = m_window->findChild<ParStateLabel*>("frequencyIdResultLabel");
-    QTRY_COMPARE(frequencyLabel->state(), int(ParStateLabel::ReceivedFromRadar));
-    QCOMPARE(frequency->value(), 2);
+    // The first command of the start-up, the tuning panel's read of the frequency index,
+    // is answered "busy" three times and asked again until the radar takes it.
+    QVERIFY(openWindow({"--busy-acks", "3"}));
+    QTRY_COMPARE(sensitivityLabel()->state(), int(L::ReceivedFromRadar));
+    QCOMPARE(frequencyLabel()->state(), int(L::ReceivedFromRadar));
+    QCOMPARE(spin("frequencyIdSpin")->value(), 2);
+    const QVariantList busy{int(C::CmdGetFrequencyIndex), int(C::InProgress), 255};
+    QCOMPARE(std::count(m_commandSteps->begin(), m_commandSteps->end(), busy), 3);
+    QVERIFY(tuningClick("setTuningParamsButton", L::CommandReceived));
+}
 
-    auto* tuning = m_window->findChild<RadarTuningWidget*>();
-    QTRY_VERIFY(tuning->isEnabled()); // the sensitivity has come too
-    frequency->setValue(14);
-    button("setTuningParamsButton")->click();
-    QTRY_COMPARE(frequencyLabel->text(), QString("command received"));
-    frequency->setValue(0);
-    QTRY_VERIFY(tuning->isEnabled());
+void tst_MainWindowPanels::tuningReadsBackAndOutlivesARestart()
+{
+    QVERIFY(openWindow({}));
+    // Every step the frequency label shows, in order.
+    QList<int> steps;
+    connect(tuning()->parHandler(), &ParHandler::updated, this, [this, &steps] {
+        if (steps.isEmpty() || steps.last() != frequencyLabel()->state())
+            steps.append(frequencyLabel()->state());
+    });
+    spin("frequencyIdSpin")->setValue(13);
+    spin("sensitivitySpin")->setValue(222);
+    steps.clear();
+    QVERIFY(tuningClick("setTuningParamsButton", L::CommandReceived));
+    QCOMPARE(steps, (QList<int>{L::Cleared, L::Queued, L::InProgress, L::CommandReceived}));
+    spin("frequencyIdSpin")->setValue(0);
+    QVERIFY(tuningClick("getTuningParamsButton", L::ReceivedFromRadar));
+    QCOMPARE(spin("frequencyIdSpin")->value(), 13);
+    button("saveToFlashButton")->click();
+    QTRY_COMPARE(stateLabel("saveToFlashButton")->text(), QString("command received"));
+    spin("frequencyIdSpin")->setValue(3);
+    QVERIFY(tuningClick("setTuningParamsButton", L::CommandReceived)); // not saved
+
+    // A read queued behind the restart meets the silence that follows it.
+    button("restartRadarButton")->click();
     button("getTuningParamsButton")->click();
-    QTRY_COMPARE(frequencyLabel->text(), QString("received from radar"));
-    QCOMPARE(frequency->value(), 14);
+    QTRY_COMPARE(stateLabel("restartRadarButton")->text(), QString("command received"));
+    QVERIFY(waitForRadarState(C::Offline, 5000));
+    QVERIFY(!tuning()->parHandler()->isWaiting());
+    QCOMPARE(frequencyLabel()->state(), int(L::Cleared));
+    // Working again, the radar is read as the profile asks: the saved values are back.
+    QVERIFY(waitForRadarState(C::Working));
+    QTRY_COMPARE(frequencyLabel()->state(), int(L::ReceivedFromRadar));
+    QTRY_COMPARE(sensitivityLabel()->state(), int(L::ReceivedFromRadar));
+    QCOMPARE(spin("frequencyIdSpin")->value(), 13);
+    QCOMPARE(spin("sensitivitySpin")->value(), 222);
 
-    // Switched off from the menu, a radar back from a restart is not read: the edit
-    // stays the operator's.
-    QAction* autoGet = nullptr;
-    for (QAction* top : m_window->menuBar()->actions()) {
-        for (QAction* action : top->menu()->actions())
-            autoGet = action->text() == "&Automatically get data when radar starts working"
-                          ? action
-                          : autoGet;
-    }
+    // Switched off from the menu, the next start is not read: the edit stays.
+    QAction* autoGet = menuAction("&Automatically get data when radar starts working");
     QVERIFY(autoGet && autoGet->isChecked());
     autoGet->trigger();
-    frequency->setValue(3);
+    spin("frequencyIdSpin")->setValue(4);
+    QTRY_VERIFY(m_window->findChild<QWidget*>("saveAndRestartWidget")->isEnabled());
     button("restartRadarButton")->click();
-    QTRY_COMPARE_WITH_TIMEOUT(m_window->radarClient()->radarState(), int(C::Offline), 5000);
-    QTRY_COMPARE_WITH_TIMEOUT(m_window->radarClient()->radarState(), int(C::Working), 8000);
-    QVERIFY(!QTest::qWaitFor([frequency] { return frequency->value() != 3; }, 500));
-    QCOMPARE(frequencyLabel->state(), int(ParStateLabel::ValueChanged));
+    QVERIFY(waitForRadarState(C::Offline, 5000));
+    QVERIFY(waitForRadarState(C::Working));
+    QVERIFY(!QTest::qWaitFor([this] { return spin("frequencyIdSpin")->value() != 4; }, 500));
+    QCOMPARE(frequencyLabel()->state(), int(L::ValueChanged));
+}
+
+void tst_MainWindowPanels::silentRadarEndsInErrorAndClears()
+{
+    // Every command costs five unanswered tries of 900 ms, those of the start-up too.
+    QVERIFY(openWindow({"--no-acks"}, false));
+    QVERIFY(tuningClick("getTuningParamsButton", L::ErrorOccurred, 12000));
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(tuning()->isEnabled());
+    QTRY_COMPARE_WITH_TIMEOUT(sensitivityLabel()->state(), int(L::Cleared), 7000);
+    QVERIFY2(clock.elapsed() >= ParHandler::HideTimeoutMs - 150,
+             qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(frequencyLabel()->state(), int(L::Cleared));
 }
 
 void tst_MainWindowPanels::protocolSwitchWhileACommandIsInFlight()
 {
     QuestionAnswerer answerer(QMessageBox::Ok);
-    QVERIFY(openWindow());
-    QVERIFY(!QTest::qWaitFor([&answerer] { return answerer.count > 0; }, 300));
+    QVERIFY(openWindow({}));
     QPointer<IOrvexClient> old = m_window->radarClient();
     CmdStateLabel* label = stateLabel("selfDiagnosticsButton");
 
     button("selfDiagnosticsButton")->click();
     QVERIFY(!label->isHidden() && commands()->cmdHandler()->isWaiting());
-    protocolAction(1)->trigger();
+    menuAction("&1. Serial, type P (SerP)")->trigger();
     QVERIFY(qobject_cast<OrvexSerialPakorProtocolClient*>(m_window->radarClient()));
     QVERIFY(label->isHidden()); // dropped with the old client, not left in progress
     QVERIFY(!commands()->isEnabled());
     QTRY_VERIFY(old.isNull());
 
-    // The server is told to switch; the new client gets the radar working again.
+    // The server is told to switch; the new client gets the radar working again, and the
+    // old request opens no box.
     QTRY_VERIFY_WITH_TIMEOUT(commands()->isEnabled(), 10000);
     QVERIFY(!QTest::qWaitFor([&answerer] { return answerer.count > 0; }, 300));
     button("selfDiagnosticsButton")->click();

@@ -22,8 +22,6 @@ private slots:
     void commandOutcomeStaysFiveSeconds();
     void parameterSteps_data();
     void parameterSteps();
-    void readWithoutValueFailsThenClears();
-    void hidingKeepsUnsentEdits();
 };
 
 void tst_StateHandlers::commandSteps_data()
@@ -157,42 +155,6 @@ void tst_StateHandlers::parameterSteps()
     QTEST(handler.isHideTimerActive(), "hideTimer");
     QTEST(handler.isDataTimerActive(), "dataTimer");
     QCOMPARE(other.state(), int(L::ValueChanged));
-}
-
-void tst_StateHandlers::readWithoutValueFailsThenClears()
-{
-    ParHandler handler;
-    L label;
-    handler.assignGetCommand(C::CmdGetRadarSensitivity, 1);
-    handler.assignStateLabel(1, &label);
-    handler.showCommandState(C::CmdGetRadarSensitivity, C::Received, 0);
-    QVERIFY(handler.isWaiting());
-    QElapsedTimer clock;
-    clock.start();
-    QTRY_COMPARE_WITH_TIMEOUT(label.state(), int(L::ErrorOccurred), 3000);
-    QVERIFY(clock.elapsed() >= ParHandler::DataTimeoutMs - 50);
-    QVERIFY(!handler.isWaiting());
-    clock.restart();
-    QTRY_COMPARE_WITH_TIMEOUT(label.state(), int(L::Cleared), 7000);
-    QVERIFY(clock.elapsed() >= ParHandler::HideTimeoutMs - 50);
-}
-
-void tst_StateHandlers::hidingKeepsUnsentEdits()
-{
-    ParHandler handler;
-    L edited, written;
-    handler.assignStateLabel(1, &edited);
-    handler.assignStateLabel(2, &written);
-    handler.setState(1, L::ValueChanged, false);
-    handler.setState(2, L::CommandReceived, false);
-    handler.extendHideTimeout();
-    handler.hideStates(true);
-    QCOMPARE(edited.state(), int(L::ValueChanged));
-    QCOMPARE(written.state(), int(L::Cleared));
-    QVERIFY(!handler.isHideTimerActive());
-    handler.hideStates(false);
-    QCOMPARE(edited.state(), int(L::Cleared));
-    QCOMPARE(edited.text(), QString());
 }
 
 QTEST_MAIN(tst_StateHandlers)
