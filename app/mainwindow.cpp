@@ -10,9 +10,13 @@
 #include "orvexserialdunvelprotocolclient.h"
 #include "orvexserialpakorprotocolclient.h"
 #include "radarstatewidget.h"
+#include "radartuningwidget.h"
 #include "roadbuilder.h"
 #include "roadconfigwidget.h"
 #include "roadobjectswidget.h"
+#include "saveandrestartwidget.h"
+#include "selfdiagnosticsmessagebox.h"
+#include "sendcommandswidget.h"
 #include "serverconnectionwidget.h"
 #include "serverpingwidget.h"
 #include "serverprotocolwidget.h"
@@ -194,6 +198,9 @@ void MainWindow::doBuildMenus()
     doBuildProtocolMenu();
     doBuildViewMenu();
     QMenu* data = menuBar()->addMenu(tr("&Data"));
+    addProfileToggle(data, tr("&Automatically get data when radar starts working"),
+                     &WorkProfileHandler::setAutoGetData, &WorkProfileHandler::autoGetDataChanged);
+    data->addSeparator();
     connect(data->addAction(tr("&Reset average tracks")), &QAction::triggered, m_objectsHelper,
             &ObjectsHelper::resetAverageTracks);
     QMenu* server = menuBar()->addMenu(tr("&Server"));
@@ -327,6 +334,11 @@ void MainWindow::doMakeFixedConnections()
             &ObjectsTableWidget::setPaintObjects);
     connect(h, &H::paintObjectsChanged, m_historyWidget, &HistoryTableWidget::setPaintObjects);
     connect(h, &H::applyingProfileFinished, this, &MainWindow::doFinishApplyingProfile);
+    connect(h, &H::autoGetDataChanged, m_ui->radarTuningWidget, &RadarTuningWidget::setAutoGetData);
+    // Next to the client's own connection: an answer opens a message box only when the
+    // operator asked for it here.
+    connect(m_ui->sendCommandsWidget, &SendCommandsWidget::commandWithNoArgs, this,
+            &MainWindow::onWindowedCommandRequested);
 
     using B = RoadBuilder;
     connect(m_roadBuilder, &B::applyingRoadStarted, scheme, &R::startApplyingRoad);
@@ -374,6 +386,9 @@ void MainWindow::doUnsetRadarClient()
     client->disconnect();
     disconnect(this, nullptr, client, nullptr);
     m_serverStateWidget->disconnect(client);
+    m_ui->sendCommandsWidget->disconnect(client);
+    m_ui->radarTuningWidget->disconnect(client);
+    m_ui->saveAndRestartWidget->disconnect(client);
     client->deleteLater();
 }
 
@@ -384,6 +399,7 @@ void MainWindow::doConnectRadarClient()
     doConnectFrameFeed();
     doConnectRadarResults();
     doConnectRadarRequests();
+    doConnectCommandPanels();
 }
 
 void MainWindow::doConnectServerDisplays()
@@ -425,6 +441,11 @@ void MainWindow::doConnectRadarState()
     connect(c, &C::radarStateChanged, m_ui->imitatorObjectWidget,
             &ImitatorObjectWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_ui->generalInfoWidget, &GeneralInfoWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->saveAndRestartWidget,
+            &SaveAndRestartWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->radarTuningWidget, &RadarTuningWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->sendCommandsWidget,
+            &SendCommandsWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_serverStateWidget, &ServerStateWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_radarStateWidget, &RadarStateWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_objectsHelper, &ObjectsHelper::setRadarState);
@@ -485,6 +506,8 @@ void MainWindow::doConnectRadarResults()
     connect(c, &C::hardwareInfo, this, &MainWindow::onHardwareInfoResult, Qt::QueuedConnection);
     connect(c, &C::hardwareInfo, m_serverStateWidget, &ServerStateWidget::showRadarHardwareInfo);
     connect(c, &C::firmwareInfo, this, &MainWindow::onFirmwareInfoResult, Qt::QueuedConnection);
+    connect(c, &C::selfDiagnosticsResult, this, &MainWindow::onSelfDiagnosticsResult,
+            Qt::QueuedConnection);
     connect(c, &C::imitatorModeChanged, this, &MainWindow::onImitatorModeChanged);
     connect(c, &C::fakeTargetsModeChanged, this, &MainWindow::onFakeTargetsModeChanged);
     connect(c, &C::radarPosition, scheme, &R::showPosition);
@@ -497,6 +520,37 @@ void MainWindow::doConnectRadarRequests()
     using C = IOrvexClient;
     connect(m_serverStateWidget, &ServerStateWidget::getRadarHardwareInfo, m_radarClient,
             &C::sendCmdGetHardwareInfo);
+}
+
+void MainWindow::doConnectCommandPanels()
+{
+    // The service, tuning and save/restart panels: their requests go to the client;
+    // every command's progress and the values read back come to them (the radar's state
+    // comes with the other displays').
+    using C = IOrvexClient;
+    IOrvexClient* c = m_radarClient;
+    SendCommandsWidget* commands = m_ui->sendCommandsWidget;
+    RadarTuningWidget* tuning = m_ui->radarTuningWidget;
+    SaveAndRestartWidget* saveRestart = m_ui->saveAndRestartWidget;
+    using S = SendCommandsWidget;
+    using T = RadarTuningWidget;
+    using R = SaveAndRestartWidget;
+
+    connect(c, &C::radarCommandStateChanged, saveRestart, &R::showCommandState);
+    connect(c, &C::radarCommandStateChanged, tuning, &T::showCommandState);
+    connect(c, &C::radarCommandStateChanged, commands, &S::showCommandState);
+    connect(c, &C::imitatorModeChanged, commands, &S::showImitatorMode);
+    connect(c, &C::fakeTargetsModeChanged, commands, &S::showFakeTargetsMode);
+    connect(c, &C::frequencyIndex, tuning, &T::showFrequencyIndex);
+    connect(c, &C::radarSensitivity, tuning, &T::showRadarSensitivity);
+
+    connect(saveRestart, &R::commandWithNoArgs, c, &C::sendAnyCmdWithNoArgs);
+    connect(commands, &S::commandWithNoArgs, c, &C::sendAnyCmdWithNoArgs);
+    connect(commands, &S::switchCommand, c, &C::sendAnySwitchCmd);
+    connect(tuning, &T::setFrequencyIndex, c, &C::sendCmdSetFrequencyIndex);
+    connect(tuning, &T::getFrequencyIndex, c, &C::sendCmdGetFrequencyIndex);
+    connect(tuning, &T::setRadarSensitivity, c, &C::sendCmdSetRadarSensitivity);
+    connect(tuning, &T::getRadarSensitivity, c, &C::sendCmdGetRadarSensitivity);
 }
 
 void MainWindow::doSetProtocolVersion(int version)
@@ -573,6 +627,14 @@ void MainWindow::onFirmwareInfoResult(const QString& info)
         return;
     m_firmwareInfoRequested = false;
     QMessageBox::information(this, tr("Firmware info"), info);
+}
+
+void MainWindow::onSelfDiagnosticsResult(quint16 data)
+{
+    if (!m_selfDiagnosticsRequested)
+        return;
+    m_selfDiagnosticsRequested = false;
+    SelfDiagnosticsMessageBox::showResult(this, data);
 }
 
 void MainWindow::onImitatorModeChanged(quint8 mode)

@@ -86,6 +86,7 @@ public slots:
     void onRadarStateChanged(int state);
     void onHardwareInfoResult(const QString& info);
     void onFirmwareInfoResult(const QString& info);
+    void onSelfDiagnosticsResult(quint16 data);
     void onImitatorModeChanged(quint8 mode);
     void onFakeTargetsModeChanged(bool enabled);
     void onWindowedCommandRequested(int command);
@@ -118,6 +119,7 @@ private:
     void doConnectFrameFeed();
     void doConnectRadarResults();
     void doConnectRadarRequests();
+    void doConnectCommandPanels();
     void doResetWindowLayout(int control);
     void doApplyWindowLayout(int control);
     void doSetControlsSizePolicy(bool vertical, bool visible0, bool visible2);

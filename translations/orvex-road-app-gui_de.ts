@@ -2,6 +2,25 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE">
 <context>
+    <name>CmdStateLabel</name>
+    <message>
+        <source>queued</source>
+        <translation>eingereiht</translation>
+    </message>
+    <message>
+        <source>in progress</source>
+        <translation>in Arbeit</translation>
+    </message>
+    <message>
+        <source>command received</source>
+        <translation>Befehl empfangen</translation>
+    </message>
+    <message>
+        <source>error occurred</source>
+        <translation>Fehler aufgetreten</translation>
+    </message>
+</context>
+<context>
     <name>GeneralInfoWidget</name>
     <message>
         <source>Internal time (uptime)</source>
@@ -265,6 +284,10 @@
         <translation>Objekt&amp;verlauf</translation>
     </message>
     <message>
+        <source>&amp;Automatically get data when radar starts working</source>
+        <translation>&amp;Automatisch Daten lesen, sobald das Radar arbeitet</translation>
+    </message>
+    <message>
         <source>Objects history</source>
         <translation>Objektverlauf</translation>
     </message>
@@ -301,6 +324,37 @@
     </message>
 </context>
 <context>
+    <name>ParStateLabel</name>
+    <message>
+        <source>value changed</source>
+        <translation>Wert geändert</translation>
+    </message>
+    <message>
+        <source>queued</source>
+        <translation>eingereiht</translation>
+    </message>
+    <message>
+        <source>in progress</source>
+        <translation>in Arbeit</translation>
+    </message>
+    <message>
+        <source>command received</source>
+        <translation>Befehl empfangen</translation>
+    </message>
+    <message>
+        <source>waiting for data</source>
+        <translation>warte auf Daten</translation>
+    </message>
+    <message>
+        <source>received from radar</source>
+        <translation>vom Radar empfangen</translation>
+    </message>
+    <message>
+        <source>error occurred</source>
+        <translation>Fehler aufgetreten</translation>
+    </message>
+</context>
+<context>
     <name>RadarStateWidget</name>
     <message>
         <source>[Wrong messages. Check selected protocol]</source>
@@ -317,6 +371,25 @@
     <message>
         <source>[Radar is working]</source>
         <translation>[Radar in Betrieb]</translation>
+    </message>
+</context>
+<context>
+    <name>RadarTuningWidget</name>
+    <message>
+        <source>Frequency index</source>
+        <translation>Frequenzindex</translation>
+    </message>
+    <message>
+        <source>Sensitivity threshold</source>
+        <translation>Empfindlichkeitsschwelle</translation>
+    </message>
+    <message>
+        <source>Get from radar</source>
+        <translation>Vom Radar lesen</translation>
+    </message>
+    <message>
+        <source>Set to radar</source>
+        <translation>An Radar senden</translation>
     </message>
 </context>
 <context>
@@ -431,10 +504,123 @@
     </message>
 </context>
 <context>
+    <name>SaveAndRestartWidget</name>
+    <message>
+        <source>Save params to flash and restart radar</source>
+        <translation>Im Flash speichern und Radar neu starten</translation>
+    </message>
+    <message>
+        <source>Restart radar without saving params</source>
+        <translation>Radar ohne Speichern neu starten</translation>
+    </message>
+</context>
+<context>
     <name>SchemeObjectsLayer</name>
     <message>
         <source>%1 km/h</source>
         <translation>%1 km/h</translation>
+    </message>
+</context>
+<context>
+    <name>SelfDiagnosticsMessageBox</name>
+    <message>
+        <source>AMP1</source>
+        <translation>AMP1</translation>
+    </message>
+    <message>
+        <source>AMP2</source>
+        <translation>AMP2</translation>
+    </message>
+    <message>
+        <source>PADC</source>
+        <translation>PADC</translation>
+    </message>
+    <message>
+        <source>TRSC</source>
+        <translation>TRSC</translation>
+    </message>
+    <message>
+        <source>PLLC</source>
+        <translation>PLLC</translation>
+    </message>
+    <message>
+        <source>Self-diagnosis completed.</source>
+        <translation>Selbstdiagnose abgeschlossen.</translation>
+    </message>
+    <message>
+        <source>Radar is functioning</source>
+        <translation>Das Radar arbeitet</translation>
+    </message>
+    <message>
+        <source>normally</source>
+        <translation>normal</translation>
+    </message>
+    <message>
+        <source>wrong</source>
+        <translation>fehlerhaft</translation>
+    </message>
+    <message>
+        <source>ok</source>
+        <translation>ok</translation>
+    </message>
+    <message>
+        <source>bad</source>
+        <translation>defekt</translation>
+    </message>
+    <message>
+        <source>Radar self-diagnosis</source>
+        <translation>Selbstdiagnose des Radars</translation>
+    </message>
+</context>
+<context>
+    <name>SendCommandsWidget</name>
+    <message>
+        <source>Get device info</source>
+        <translation>Geräteinfo abfragen</translation>
+    </message>
+    <message>
+        <source>Run self-diagnosis</source>
+        <translation>Selbstdiagnose starten</translation>
+    </message>
+    <message>
+        <source>Go to &apos;verification&apos; mode</source>
+        <translation>Zu &apos;Prüfung&apos; wechseln</translation>
+    </message>
+    <message>
+        <source>Go to &apos;demo objects&apos; mode</source>
+        <translation>Zu &apos;Demo-Objekte&apos; wechseln</translation>
+    </message>
+    <message>
+        <source>Hardware info</source>
+        <translation>Hardware-Informationen</translation>
+    </message>
+    <message>
+        <source>Firmware info</source>
+        <translation>Firmware-Informationen</translation>
+    </message>
+    <message>
+        <source>Imitator, type 1</source>
+        <translation>Imitator, Typ 1</translation>
+    </message>
+    <message>
+        <source>Imitator, type 2</source>
+        <translation>Imitator, Typ 2</translation>
+    </message>
+    <message>
+        <source>Choose info type</source>
+        <translation>Info-Art wählen</translation>
+    </message>
+    <message>
+        <source>Choose imitator type</source>
+        <translation>Imitatortyp wählen</translation>
+    </message>
+    <message>
+        <source>Go to &apos;regular&apos; mode</source>
+        <translation>Zu &apos;Normalbetrieb&apos; wechseln</translation>
+    </message>
+    <message>
+        <source>Go to &apos;real objects&apos; mode</source>
+        <translation>Zu &apos;Echte Objekte&apos; wechseln</translation>
     </message>
 </context>
 <context>

@@ -104,6 +104,21 @@ void CollapsibleGroupBox::setCollapsed(bool collapsed)
     emit toggled(collapsed);
 }
 
+bool CollapsibleGroupBox::event(QEvent* event)
+{
+    // A disabled box (its panel waits for the radar) still folds when its title is
+    // clicked; the toolkit would not hand a disabled widget its mouse.
+    if (!isEnabled() && event->type() == QEvent::MouseButtonPress) {
+        mousePressEvent(static_cast<QMouseEvent*>(event));
+        return true;
+    }
+    if (!isEnabled() && event->type() == QEvent::MouseButtonRelease) {
+        mouseReleaseEvent(static_cast<QMouseEvent*>(event));
+        return true;
+    }
+    return BacklightedGroupBox::event(event);
+}
+
 void CollapsibleGroupBox::showEvent(QShowEvent* event)
 {
     doTakeOverContents();

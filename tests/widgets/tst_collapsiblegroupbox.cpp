@@ -62,12 +62,18 @@ void tst_CollapsibleGroupBox::mouseOnTitle_data()
     QTest::addColumn<bool>("pressOnTitle");
     QTest::addColumn<bool>("releaseOnTitle");
     QTest::addColumn<bool>("toggles");
+    QTest::addColumn<bool>("enabled");
 
-    QTest::newRow("left click on title toggles") << int(Qt::LeftButton) << true << true << true;
-    QTest::newRow("right click on title ignored") << int(Qt::RightButton) << true << true << false;
+    QTest::newRow("left click on title toggles")
+        << int(Qt::LeftButton) << true << true << true << true;
+    QTest::newRow("left click on a disabled box's title toggles")
+        << int(Qt::LeftButton) << true << true << true << false;
+    QTest::newRow("right click on title ignored")
+        << int(Qt::RightButton) << true << true << false << true;
     QTest::newRow("left press on title released outside ignored")
-        << int(Qt::LeftButton) << true << false << false;
-    QTest::newRow("left click in body ignored") << int(Qt::LeftButton) << false << false << false;
+        << int(Qt::LeftButton) << true << false << false << true;
+    QTest::newRow("left click in body ignored")
+        << int(Qt::LeftButton) << false << false << false << true;
 }
 
 void tst_CollapsibleGroupBox::mouseOnTitle()
@@ -77,7 +83,9 @@ void tst_CollapsibleGroupBox::mouseOnTitle()
     QFETCH(bool, pressOnTitle);
     QFETCH(bool, releaseOnTitle);
     QFETCH(bool, toggles);
+    QFETCH(bool, enabled);
 
+    m_box->setEnabled(enabled);
     m_window->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
     QVERIFY(!m_box->titleArea().contains(inBody()));
