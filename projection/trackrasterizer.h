@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QImage>
+#include <QPolygon>
+#include <QRect>
+#include <QRgb>
+
+// Draws current tracks straight into a picture's pixels: a 2-pixel line through the
+// track points and a 3 x 3 square on each point. A thousand-point track of a standing
+// vehicle is a knot of tiny segments that the general painter strokes as one huge
+// self-crossing outline; written pixel by pixel the same lines cost microseconds.
+// Colours are opaque, so a pixel written twice looks as written once.
+class TrackRasterizer
+{
+public:
+    // Works on the given picture (32-bit, premultiplied) until the next begin().
+    void begin(QImage* image);
+    // The line through the points (consecutive repeats skipped), square ends.
+    void drawPolyline(const QPolygon& points, QRgb color);
+    // A square from (x - 2, y - 2) to (x, y) on every point except those equal to
+    // `except`.
+    void drawSquares(const QPolygon& points, const QPoint& except, QRgb color);
+    // The pixels written since begin(), to restore the picture beneath next time.
+    QRect touched() const { return m_touched; }
+
+private:
+    void doLine(double x0, double y0, double x1, double y1, QRgb color);
+    void doBlock(int x, int y, int w, int h, QRgb color);
+
+    QImage* m_image = nullptr;
+    uchar* m_bits = nullptr;
+    qsizetype m_stride = 0;
+    int m_width = 0;
+    int m_height = 0;
+    QRect m_touched;
+};
