@@ -9,6 +9,7 @@
 
 class IOrvexClient;
 class ObjectsHelper;
+class ProjectionWidget;
 class QAction;
 class QActionGroup;
 class QMenu;
@@ -19,6 +20,7 @@ class ServerConnectionWidget;
 class ServerPingWidget;
 class ServerProtocolWidget;
 class ServerStateWidget;
+class TvmsConfigWidget;
 class WorkProfileHandler;
 class WorkProfileWidget;
 
@@ -46,6 +48,8 @@ public:
     WorkProfileHandler* profileHandler() const;
     WorkProfileWidget* profileWidget() const { return m_profileWidget; }
     RoadConfigWidget* roadConfigWidget() const { return m_roadConfigWidget; }
+    ProjectionWidget* projectionWidget() const { return m_projectionWidget; }
+    TvmsConfigWidget* tvmsConfigWidget() const { return m_tvmsConfigWidget; }
     // The widget that shows a control, or null for a number without one.
     QWidget* controlWidget(int control) const { return m_controls.value(control); }
     int columnCount() const { return m_columnCount; }
@@ -90,6 +94,10 @@ public slots:
     void onAboutProgramTriggered();
     void onSwitchProfileTriggered();
     void onConfigureRoadTriggered();
+    void onConfigureTvmsTriggered();
+    void onPickupRadarPosTriggered();
+    void onPickupRadarPosAndCameraViewAngleTriggered();
+    void onStandaloneWidgetClosed();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -103,10 +111,13 @@ private:
     void doBuildFileMenu();
     void doBuildProtocolMenu();
     void doBuildViewMenu();
+    void doBuildProjectionMenu(QMenu* view);
+    void doBuildPickupMenu(QMenu* data);
     // A checkable menu item that sets a profile value and whose tick follows it.
     template<typename Setter, typename Changed>
     QAction* addProfileToggle(QMenu* menu, const QString& text, Setter setter, Changed changed);
     void doMakeFixedConnections();
+    void doConnectProjection();
     void doSetupRadarClient(int version);
     void doUnsetRadarClient();
     void doConnectRadarClient();
@@ -115,6 +126,9 @@ private:
     void doConnectFrameFeed();
     void doConnectRadarResults();
     void doConnectRadarRequests();
+    void doConnectProjectionFeed();
+    void doShowProjectionWindow(bool visible);
+    void doStartPickup(int mode);
     void doResetWindowLayout(int control);
     void doApplyWindowLayout(int control);
     void doSetControlsSizePolicy(bool vertical, bool visible0, bool visible2);
@@ -141,6 +155,8 @@ private:
     ObjectsHelper* m_objectsHelper = nullptr;
     WorkProfileWidget* m_profileWidget = nullptr;
     RoadConfigWidget* m_roadConfigWidget = nullptr;
+    TvmsConfigWidget* m_tvmsConfigWidget = nullptr;
+    ProjectionWidget* m_projectionWidget = nullptr;
     ServerPingWidget* m_serverPingWidget = nullptr;
     ServerConnectionWidget* m_serverConnectionWidget = nullptr;
     ServerStateWidget* m_serverStateWidget = nullptr;
