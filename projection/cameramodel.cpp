@@ -126,7 +126,7 @@ QPointF CameraModel::translatedBack(double u, double v) const
 QPoint CameraModel::projected(double u, double v, bool* ok) const
 {
     *ok = false;
-    if (!(v >= m_nearLimit - EdgeMargin && v <= m_farLimit + EdgeMargin))
+    if (!m_valid || !(v >= m_nearLimit - EdgeMargin && v <= m_farLimit + EdgeMargin))
         return QPoint();
     // The point's depression below the horizon as seen from the camera.
     const double depression = std::atan(m_cameraHeight / (v + m_axisDistance));
@@ -139,6 +139,8 @@ QPoint CameraModel::projected(double u, double v, bool* ok) const
 QPointF CameraModel::projectedBack(double px, double py, bool* ok) const
 {
     *ok = false;
+    if (!m_valid)
+        return QPointF();
     const double angle = m_cameraTilt - std::atan((2.0 * py / double(m_height)) * m_tanHalfVertical);
     if (!(angle >= MinAngle))
         return QPointF(); // at or above the horizon

@@ -12,6 +12,10 @@ constexpr std::array<int, 5> Searched{PickupParams::Y, PickupParams::Height,
 // Far more than the rounding of a subtraction: a cell too many costs nothing but a look.
 constexpr double RoundingMargin = 1e-9;
 constexpr double CellLimit = 4e18;
+// A cell eight tolerances wide: a tolerance box (two tolerances wide) touches one of
+// them per parameter, or two.
+constexpr double CellPerTolerance = 4.0;
+constexpr size_t InitialBuckets = size_t(1) << 12; // a power of two
 
 } // namespace
 
@@ -32,20 +36,26 @@ bool PickupDuplicateIndex::containsLiterally(const QVector<PickupParams>& scored
     });
 }
 
-size_t PickupDuplicateIndex::KeyHash::operator()(const Key& k) const
+quint32 PickupDuplicateIndex::hashOf(const Key& key)
 {
-    size_t h = 1469598103934665603ull;
-    for (qint64 c : k.cells)
-        h = (h ^ size_t(c)) * 1099511628211ull;
-    return h;
+    // Neighbouring cells differ in their low bits only: mix every bit into every bit.
+    quint64 h = 0;
+    for (qint64 c : key) {
+        h = (h ^ quint64(c)) + 0x9e3779b97f4a7c15ull;
+        h = (h ^ (h >> 30)) * 0xbf58476d1ce4e5b9ull;
+        h = (h ^ (h >> 27)) * 0x94d049bb133111ebull;
+        h ^= h >> 31;
+    }
+    return quint32(h);
 }
 
 void PickupDuplicateIndex::reset(double tolerance)
 {
     m_tolerance = tolerance;
-    m_cellSize = tolerance > 0.0 ? 2.0 * tolerance : 1.0;
+    m_cellSize = tolerance > 0.0 ? CellPerTolerance * tolerance : 1.0;
     m_poses.clear();
-    m_cells.clear();
+    m_entries.clear();
+    m_buckets.assign(InitialBuckets, -1);
 }
 
 qint64 PickupDuplicateIndex::cellOf(double value) const
@@ -58,17 +68,33 @@ PickupDuplicateIndex::Key PickupDuplicateIndex::keyOf(const PickupParams& p) con
 {
     Key key;
     for (size_t d = 0; d < Searched.size(); ++d)
-        key.cells[d] = cellOf(p[Searched[d]]);
+        key[d] = cellOf(p[Searched[d]]);
     return key;
+}
+
+void PickupDuplicateIndex::doLink(int entry)
+{
+    Entry& e = m_entries[size_t(entry)];
+    int& head = m_buckets[e.hash & (m_buckets.size() - 1)];
+    e.next = head;
+    head = entry;
+}
+
+void PickupDuplicateIndex::doGrow()
+{
+    m_buckets.assign(m_buckets.size() * 2, -1);
+    for (int e = 0; e < int(m_entries.size()); ++e)
+        doLink(e);
 }
 
 bool PickupDuplicateIndex::contains(const PickupParams& candidate) const
 {
-    const auto it = m_cells.find(keyOf(candidate));
-    if (it == m_cells.end())
+    if (m_buckets.empty())
         return false;
-    for (int index : it->second) {
-        if (isNear(m_poses[size_t(index)], candidate, m_tolerance))
+    const quint32 hash = hashOf(keyOf(candidate));
+    for (int e = m_buckets[hash & (m_buckets.size() - 1)]; e >= 0; e = m_entries[size_t(e)].next) {
+        const Entry& entry = m_entries[size_t(e)];
+        if (entry.hash == hash && isNear(m_poses[size_t(entry.pose)], candidate, m_tolerance))
             return true;
     }
     return false;
@@ -76,28 +102,29 @@ bool PickupDuplicateIndex::contains(const PickupParams& candidate) const
 
 void PickupDuplicateIndex::insert(const PickupParams& scored)
 {
+    if (m_buckets.empty())
+        reset(m_tolerance);
     const int index = int(m_poses.size());
     m_poses.push_back(scored);
-    // The cells the tolerance box touches, per searched parameter (one or two, rarely
-    // three with the margin), then every combination of them.
-    std::array<std::array<qint64, 3>, 5> ranges{};
+    // The cells the tolerance box touches, per searched parameter (one or two), then
+    // every combination of them.
+    std::array<std::array<qint64, 2>, 5> ranges{};
     std::array<int, 5> counts{};
     for (size_t d = 0; d < Searched.size(); ++d) {
         const double value = scored[Searched[d]];
         const double reach = m_tolerance + RoundingMargin * (1.0 + std::fabs(value));
         const qint64 first = cellOf(value - reach);
         const qint64 last = cellOf(value + reach);
-        int n = 0;
-        for (qint64 c = first; c <= last && n < 3; ++c)
-            ranges[d][size_t(n++)] = c;
-        counts[d] = n;
+        ranges[d] = {first, last};
+        counts[d] = last > first ? 2 : 1;
     }
     std::array<int, 5> at{};
     for (;;) {
         Key key;
         for (size_t d = 0; d < Searched.size(); ++d)
-            key.cells[d] = ranges[d][size_t(at[d])];
-        m_cells[key].push_back(index);
+            key[d] = ranges[d][size_t(at[d])];
+        m_entries.push_back(Entry{index, -1, hashOf(key)});
+        doLink(int(m_entries.size()) - 1);
         size_t d = 0;
         while (d < Searched.size() && ++at[d] == counts[d]) {
             at[d] = 0;
@@ -106,4 +133,6 @@ void PickupDuplicateIndex::insert(const PickupParams& scored)
         if (d == Searched.size())
             break;
     }
+    if (m_entries.size() > 2 * m_buckets.size())
+        doGrow();
 }

@@ -4,7 +4,6 @@
 
 #include <QVector>
 
-#include <unordered_map>
 #include <vector>
 
 // The pick-up search skips a candidate when a pose already scored in the same pass
@@ -12,11 +11,11 @@
 // costs the square of a pass's tens of thousands of candidates; this index answers the
 // same question by looking only at the scored poses of one grid cell.
 //
-// Each scored pose is entered into every cell (of edge twice the tolerance, over the
-// five searched parameters) that its tolerance box touches, widened by a rounding
-// margin; a candidate then needs only the poses of its own cell, which are compared
-// exactly as the plain check compares them. The answer is the plain check's, bit for
-// bit: the cells only choose which poses are compared.
+// Each scored pose is entered into every cell (of edge eight times the tolerance, over
+// the five searched parameters) that its tolerance box touches, widened by a rounding
+// margin: one or two cells per parameter. A candidate then needs only the poses of its
+// own cell, which are compared exactly as the plain check compares them. The answer is
+// the plain check's, bit for bit: the cells only choose which poses are compared.
 class PickupDuplicateIndex
 {
 public:
@@ -31,21 +30,25 @@ public:
     int size() const { return int(m_poses.size()); }
 
 private:
-    struct Key
+    using Key = std::array<qint64, 5>;
+    struct Entry
     {
-        std::array<qint64, 5> cells{};
-        bool operator==(const Key& o) const { return cells == o.cells; }
-    };
-    struct KeyHash
-    {
-        size_t operator()(const Key& k) const;
+        int pose;
+        int next; // the bucket's next entry, or -1
+        quint32 hash;
     };
 
     Key keyOf(const PickupParams& p) const;
     qint64 cellOf(double value) const;
+    static quint32 hashOf(const Key& key);
+    void doLink(int entry);
+    void doGrow();
 
     double m_tolerance = 0.0;
     double m_cellSize = 1.0;
     std::vector<PickupParams> m_poses;
-    std::unordered_map<Key, std::vector<int>, KeyHash> m_cells;
+    // Cells hashed into buckets; cells sharing a bucket share its chain, which only
+    // means a few more poses compared.
+    std::vector<int> m_buckets; // first entry of each bucket, or -1
+    std::vector<Entry> m_entries;
 };

@@ -65,7 +65,10 @@ PickupSearch::PickupSearch(const CameraModel& model, int mode,
 
 bool PickupSearch::run()
 {
-    return search(false) && search(true);
+    if (!search(false) || !search(true))
+        return false;
+    // No pose put every mark on the road: nothing was found, whatever sorted first.
+    return score(m_best) < WorstScore;
 }
 
 const CameraModel& PickupSearch::modelFor(const PickupParams& pose)

@@ -4,6 +4,11 @@
 #include <cmath>
 #include <cstdlib>
 
+namespace {
+// A track whose box is larger has its points far apart: nothing worth marking.
+constexpr qint64 MaxMarkedArea = 256 * 256;
+} // namespace
+
 void TrackRasterizer::begin(QImage* image)
 {
     m_image = image;
@@ -14,27 +19,76 @@ void TrackRasterizer::begin(QImage* image)
     m_touched = QRect();
 }
 
+void TrackRasterizer::doTouch(const QPolygon& points, int reachBefore, int reachAfter)
+{
+    if (points.isEmpty())
+        return;
+    int left = points.first().x(), right = left;
+    int top = points.first().y(), bottom = top;
+    for (const QPoint& p : points) {
+        left = std::min(left, p.x());
+        right = std::max(right, p.x());
+        top = std::min(top, p.y());
+        bottom = std::max(bottom, p.y());
+    }
+    m_touched |= QRect(QPoint(left - reachBefore, top - reachBefore),
+                       QPoint(right + reachAfter, bottom + reachAfter))
+                     .intersected(m_image->rect());
+}
+
 void TrackRasterizer::doBlock(int x, int y, int w, int h, QRgb color)
 {
     const int left = std::max(x, 0);
     const int top = std::max(y, 0);
     const int right = std::min(x + w, m_width);
     const int bottom = std::min(y + h, m_height);
-    if (left >= right || top >= bottom)
-        return;
-    for (int row = top; row < bottom; ++row) {
-        auto* line = reinterpret_cast<QRgb*>(m_bits + row * m_stride);
-        std::fill(line + left, line + right, color);
-    }
-    m_touched |= QRect(left, top, right - left, bottom - top);
+    for (int row = top; row < bottom; ++row)
+        std::fill(line(row) + left, line(row) + right, color);
 }
 
 void TrackRasterizer::drawSquares(const QPolygon& points, const QPoint& except, QRgb color)
 {
+    if (points.isEmpty())
+        return;
+    // The box of the points that have a square inside the picture.
+    // Points whose square lies wholly inside the picture.
+    const auto inPicture = [this](const QPoint& p) {
+        return p.x() >= 2 && p.y() >= 2 && p.x() < m_width && p.y() < m_height;
+    };
+    int left = m_width, right = -1, top = m_height, bottom = -1;
     for (const QPoint& p : points) {
-        if (p != except)
-            doBlock(p.x() - 2, p.y() - 2, 3, 3, color);
+        if (inPicture(p)) {
+            left = std::min(left, p.x());
+            right = std::max(right, p.x());
+            top = std::min(top, p.y());
+            bottom = std::max(bottom, p.y());
+        }
     }
+    const qint64 boxWidth = right - left + 1;
+    const qint64 area = right >= left ? boxWidth * (bottom - top + 1) : 0;
+    const bool marking = area > 0 && area <= MaxMarkedArea;
+    if (marking)
+        m_marks.assign(size_t(area), 0);
+    for (const QPoint& p : points) {
+        if (p == except)
+            continue;
+        const int x = p.x(), y = p.y();
+        if (!inPicture(p)) {
+            doBlock(x - 2, y - 2, 3, 3, color);
+            continue;
+        }
+        if (marking) {
+            quint8& mark = m_marks[size_t((y - top) * boxWidth + (x - left))];
+            if (mark)
+                continue;
+            mark = 1;
+        }
+        for (int row = y - 2; row <= y; ++row) {
+            QRgb* l = line(row);
+            l[x - 2] = l[x - 1] = l[x] = color;
+        }
+    }
+    doTouch(points, 2, 0);
 }
 
 void TrackRasterizer::drawPolyline(const QPolygon& points, QRgb color)
@@ -46,16 +100,52 @@ void TrackRasterizer::drawPolyline(const QPolygon& points, QRgb color)
         const QPoint p = points.at(i);
         if (p == previous)
             continue;
-        doLine(previous.x(), previous.y(), p.x(), p.y(), color);
+        const bool inside = std::min({previous.x(), previous.y(), p.x(), p.y()}) >= 1
+                            && std::max(previous.x(), p.x()) < m_width
+                            && std::max(previous.y(), p.y()) < m_height;
+        if (inside)
+            doLine(previous.x(), previous.y(), p.x(), p.y(), color);
+        else
+            doClippedLine(previous.x(), previous.y(), p.x(), p.y(), color);
         previous = p;
+    }
+    doTouch(points, 1, 0);
+}
+
+void TrackRasterizer::doLine(int ax, int ay, int bx, int by, QRgb color)
+{
+    // Bresenham; each step sets a 2 x 2 block, up and left of the point, as a 2-pixel
+    // pen centred on the line covers. Both ends lie inside the picture.
+    const int sx = ax < bx ? 1 : -1;
+    const int sy = ay < by ? 1 : -1;
+    const int dx = std::abs(bx - ax);
+    const int dy = -std::abs(by - ay);
+    int err = dx + dy;
+    for (;;) {
+        QRgb* upper = line(ay - 1);
+        QRgb* lower = line(ay);
+        upper[ax - 1] = upper[ax] = lower[ax - 1] = lower[ax] = color;
+        if (ax == bx && ay == by)
+            break;
+        const int e2 = 2 * err;
+        if (e2 >= dy) {
+            err += dy;
+            ax += sx;
+        }
+        if (e2 <= dx) {
+            err += dx;
+            ay += sy;
+        }
     }
 }
 
-void TrackRasterizer::doLine(double x0, double y0, double x1, double y1, QRgb color)
+void TrackRasterizer::doClippedLine(double x0, double y0, double x1, double y1, QRgb color)
 {
-    // Cut the segment to the picture (with room for the line's width) first: points
-    // far to the side of the view lie millions of pixels away.
-    const double xMin = -2.0, yMin = -2.0, xMax = m_width + 1.0, yMax = m_height + 1.0;
+    // Cut the segment to the picture first: points far to the side of the view lie
+    // millions of pixels away. The cut ends are kept one pixel inside.
+    const double xMin = 1.0, yMin = 1.0, xMax = m_width - 1.0, yMax = m_height - 1.0;
+    if (xMax < xMin || yMax < yMin)
+        return;
     double t0 = 0.0, t1 = 1.0;
     const double dx = x1 - x0, dy = y1 - y0;
     const double p[4] = {-dx, dx, -dy, dy};
@@ -74,38 +164,8 @@ void TrackRasterizer::doLine(double x0, double y0, double x1, double y1, QRgb co
         if (t0 > t1)
             return;
     }
-    int ax = int(std::lround(x0 + t0 * dx));
-    int ay = int(std::lround(y0 + t0 * dy));
-    const int bx = int(std::lround(x0 + t1 * dx));
-    const int by = int(std::lround(y0 + t1 * dy));
-    // Bresenham; each step sets a 2 x 2 block, up and left of the point, as a 2-pixel
-    // pen centred on the line covers.
-    const int sx = ax < bx ? 1 : -1;
-    const int sy = ay < by ? 1 : -1;
-    const int ddx = std::abs(bx - ax);
-    const int ddy = -std::abs(by - ay);
-    int err = ddx + ddy;
-    const int left = std::min(ax, bx) - 1, top = std::min(ay, by) - 1;
-    const int right = std::max(ax, bx), bottom = std::max(ay, by);
-    for (;;) {
-        if (ax >= 1 && ay >= 1 && ax < m_width && ay < m_height) {
-            auto* upper = reinterpret_cast<QRgb*>(m_bits + (ay - 1) * m_stride);
-            auto* lower = reinterpret_cast<QRgb*>(m_bits + ay * m_stride);
-            upper[ax - 1] = upper[ax] = lower[ax - 1] = lower[ax] = color;
-        } else {
-            doBlock(ax - 1, ay - 1, 2, 2, color);
-        }
-        if (ax == bx && ay == by)
-            break;
-        const int e2 = 2 * err;
-        if (e2 >= ddy) {
-            err += ddy;
-            ax += sx;
-        }
-        if (e2 <= ddx) {
-            err += ddx;
-            ay += sy;
-        }
-    }
-    m_touched |= QRect(QPoint(left, top), QPoint(right, bottom)).intersected(m_image->rect());
+    const auto clampX = [xMin, xMax](double v) { return int(std::clamp(std::round(v), xMin, xMax)); };
+    const auto clampY = [yMin, yMax](double v) { return int(std::clamp(std::round(v), yMin, yMax)); };
+    doLine(clampX(x0 + t0 * dx), clampY(y0 + t0 * dy), clampX(x0 + t1 * dx), clampY(y0 + t1 * dy),
+           color);
 }

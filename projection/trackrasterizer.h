@@ -5,6 +5,8 @@
 #include <QRect>
 #include <QRgb>
 
+#include <vector>
+
 // Draws current tracks straight into a picture's pixels: a 2-pixel line through the
 // track points and a 3 x 3 square on each point. A thousand-point track of a standing
 // vehicle is a knot of tiny segments that the general painter strokes as one huge
@@ -24,8 +26,11 @@ public:
     QRect touched() const { return m_touched; }
 
 private:
-    void doLine(double x0, double y0, double x1, double y1, QRgb color);
+    void doLine(int x0, int y0, int x1, int y1, QRgb color);
+    void doClippedLine(double x0, double y0, double x1, double y1, QRgb color);
     void doBlock(int x, int y, int w, int h, QRgb color);
+    void doTouch(const QPolygon& points, int reachBefore, int reachAfter);
+    QRgb* line(int y) const { return reinterpret_cast<QRgb*>(m_bits + y * m_stride); }
 
     QImage* m_image = nullptr;
     uchar* m_bits = nullptr;
@@ -33,4 +38,7 @@ private:
     int m_width = 0;
     int m_height = 0;
     QRect m_touched;
+    // Marks the pixels of a track's box whose square is drawn already: a standing
+    // vehicle's thousand points fall on a few dozen pixels.
+    std::vector<quint8> m_marks;
 };
