@@ -42,6 +42,8 @@ void TrackRasterizer::doBlock(int x, int y, int w, int h, QRgb color)
     const int top = std::max(y, 0);
     const int right = std::min(x + w, m_width);
     const int bottom = std::min(y + h, m_height);
+    if (left >= right || top >= bottom)
+        return; // wholly outside the picture
     for (int row = top; row < bottom; ++row)
         std::fill(line(row) + left, line(row) + right, color);
 }

@@ -75,6 +75,8 @@ private slots:
     void emptyFramesPileUpWhileTheModelIsInvalid();
     void offlineRadarClearsTheView();
     void disabledWindowTakesNoFrames();
+    void tracksFarOutsideThePicturePaint_data();
+    void tracksFarOutsideThePicturePaint();
     void adjustmentButtonsMoveOneEdge();
     void animationWrapsToItsNinthCell();
     void otherPickupModesAreIgnored_data();
@@ -220,6 +222,36 @@ void tst_ProjectionWidget::disabledWindowTakesNoFrames()
     m_view->setEnabled(true);
     feedFrame(QDateTime::currentDateTimeUtc(), 5, 22.0);
     QCOMPARE(m_view->currentFrame().sortedIds, QVector<quint8>{5});
+}
+
+void tst_ProjectionWidget::tracksFarOutsideThePicturePaint_data()
+{
+    QTest::addColumn<double>("y");
+    QTest::newRow("far to the left") << 400.0;
+    QTest::newRow("far to the right") << -400.0;
+    QTest::newRow("just beside the picture") << 14.0;
+}
+
+void tst_ProjectionWidget::tracksFarOutsideThePicturePaint()
+{
+    // There is no clipping to the side: such points lie far outside the window, and
+    // their tracks, squares and markers must be cut, not written beyond the picture.
+    QFETCH(double, y);
+    placeRadar();
+    m_view->setShowCurrentTracks(true);
+    m_view->setPaintObjects(true);
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    for (int f = 0; f < 6; ++f) {
+        const QDateTime t = now.addMSecs(-100 * (6 - f));
+        m_view->startFilling();
+        m_view->setFrameDateTimeUtc(t);
+        m_view->addObject(9, 1.0, 0.0, 30.0 + f, y + (f % 2) * 30.0, 4.0, t);
+        m_view->addObject(10, 1.0, 0.0, 30.0 + f, (f % 2) ? y : 0.0, 4.0, t);
+        m_view->finishFilling({9, 10});
+        m_view->repaint();
+    }
+    QCOMPARE(m_view->tracks().screenTracks().value(9).size(), 6);
+    QVERIFY(m_view->tracks().screenTracks().value(9).boundingRect().width() > 0);
 }
 
 void tst_ProjectionWidget::adjustmentButtonsMoveOneEdge()
