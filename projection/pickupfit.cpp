@@ -8,7 +8,9 @@ namespace {
 constexpr int Decimals = 2;
 QString metres(double value)
 {
-    return QString::number(value, 'f', Decimals);
+    // A miss that rounds to nothing reads 0.00, not -0.00.
+    const double rounded = std::round(value * 100.0) / 100.0;
+    return QString::number(rounded == 0.0 ? 0.0 : rounded, 'f', Decimals);
 }
 } // namespace
 

@@ -6,15 +6,17 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QGridLayout>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QPointer>
+#include <QTextEdit>
 #include <QTimer>
 #include <QToolTip>
 
 namespace {
 using P = PickupParams;
-constexpr double DegreesPerRadian = 180.0 / TvmsConfig::Pi;
+constexpr int ReportMinimumWidth = 620; // pixels
 } // namespace
 
 ProjectionPickup::ProjectionPickup(ProjectionWidget* view)
@@ -202,13 +204,23 @@ void ProjectionPickup::doShowPickupResult(bool success)
                         angle),
                     QMessageBox::Ok, m_view);
     box.setDetailedText(m_details);
+    // Wide enough for a line of the details each.
+    if (auto* grid = qobject_cast<QGridLayout*>(box.layout()))
+        grid->addItem(new QSpacerItem(ReportMinimumWidth, 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
+                      grid->rowCount(), 0, 1, grid->columnCount());
+    // And tall enough for all of them.
+    if (auto* details = box.findChild<QTextEdit*>()) {
+        const int lines = m_details.count(QLatin1Char('\n')) + 2;
+        details->setMinimumHeight(details->fontMetrics().lineSpacing() * lines
+                                  + 2 * details->frameWidth() + 8);
+    }
     box.exec();
 }
 
 void ProjectionPickup::doRestoreSavedParameters()
 {
     const P& saved = m_savedParams;
-    m_view->m_model.setHalfHorizontalAngle(saved[P::HalfAngle] / DegreesPerRadian);
+    m_view->m_model.setHalfHorizontalAngle(TvmsConfig::radians(saved[P::HalfAngle]));
     m_view->showPosition(saved[P::Height], saved[P::X], saved[P::Y], saved[P::Azimuth],
                          saved[P::Elevation], 0.0, true);
 }

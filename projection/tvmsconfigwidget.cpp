@@ -15,6 +15,9 @@ TvmsConfigWidget::TvmsConfigWidget(QWidget* parent, Qt::WindowFlags flags)
     , m_ui(new Ui::TvmsConfigWidget)
 {
     m_ui->setupUi(this);
+    // At least 480 x 320, and never less than the three groups need.
+    setMinimumSize(minimumSize().expandedTo(layout()->minimumSize()));
+    resize(size().expandedTo(sizeHint()));
     for (QDoubleSpinBox* spin : {m_ui->xOffsetSpin, m_ui->yOffsetSpin, m_ui->zOffsetSpin,
                                  m_ui->azimuthMisalignmentSpin, m_ui->altitudeMisalignmentSpin,
                                  m_ui->horizontalViewAngleSpin})
