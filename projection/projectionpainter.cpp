@@ -57,13 +57,20 @@ void ProjectionPainter::paint(QPainter& painter, const Scene& scene)
         m_hasBase = true;
         doDrawBase(scene, showRoad);
         m_composed = m_base.copy();
-        m_tracksRect = QRect();
-    } else if (!m_tracksRect.isEmpty()) {
-        // Take last frame's tracks off again.
-        QPainter restore(&m_composed);
-        restore.setCompositionMode(QPainter::CompositionMode_Source);
-        restore.drawImage(m_tracksRect.topLeft(), m_base, m_tracksRect);
-        m_tracksRect = QRect();
+        m_tracksRects.clear();
+    } else if (!m_tracksRects.isEmpty()) {
+        // Take last frame's tracks off again, box by box: a queue of standing vehicles
+        // covers little of the picture.
+        const qsizetype stride = m_base.bytesPerLine();
+        const uchar* from = m_base.constBits();
+        uchar* to = m_composed.bits();
+        for (const QRect& r : qAsConst(m_tracksRects)) {
+            for (int y = r.top(); y <= r.bottom(); ++y) {
+                const qsizetype at = y * stride + qsizetype(r.left()) * 4;
+                std::copy_n(from + at, size_t(r.width()) * 4, to + at);
+            }
+        }
+        m_tracksRects.clear();
     }
     if (showRoad && scene.options.showCurrentTracks)
         doDrawTracks(scene);
@@ -134,10 +141,9 @@ void ProjectionPainter::doDrawTracks(const Scene& scene)
         if (it == tracks.cend() || it->size() < 2)
             continue;
         const QRgb color = ObjectColor::base(scene.options.paintObjects ? id : 0).rgba();
-        m_rasterizer.drawPolyline(*it, color);
-        m_rasterizer.drawSquares(*it, it->last(), color);
+        m_rasterizer.drawTrack(*it, color);
     }
-    m_tracksRect = m_rasterizer.touched();
+    m_tracksRects = m_rasterizer.touched();
 }
 
 const QStaticText& ProjectionPainter::staticText(QHash<QString, QStaticText>& cache,

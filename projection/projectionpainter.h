@@ -98,7 +98,7 @@ private:
     bool m_hasBase = false;
     QImage m_base; // veil, frame, cross and road lines
     QImage m_composed; // the base with the current tracks
-    QRect m_tracksRect; // where the composed picture differs from the base
+    QVector<QRect> m_tracksRects; // where the composed picture differs from the base
     TrackRasterizer m_rasterizer;
     QFont m_textFont;
     QFont m_labelFont;

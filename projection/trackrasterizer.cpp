@@ -16,24 +16,7 @@ void TrackRasterizer::begin(QImage* image)
     m_stride = image->bytesPerLine();
     m_width = image->width();
     m_height = image->height();
-    m_touched = QRect();
-}
-
-void TrackRasterizer::doTouch(const QPolygon& points, int reachBefore, int reachAfter)
-{
-    if (points.isEmpty())
-        return;
-    int left = points.first().x(), right = left;
-    int top = points.first().y(), bottom = top;
-    for (const QPoint& p : points) {
-        left = std::min(left, p.x());
-        right = std::max(right, p.x());
-        top = std::min(top, p.y());
-        bottom = std::max(bottom, p.y());
-    }
-    m_touched |= QRect(QPoint(left - reachBefore, top - reachBefore),
-                       QPoint(right + reachAfter, bottom + reachAfter))
-                     .intersected(m_image->rect());
+    m_touched.clear();
 }
 
 void TrackRasterizer::doBlock(int x, int y, int w, int h, QRgb color)
@@ -48,95 +31,99 @@ void TrackRasterizer::doBlock(int x, int y, int w, int h, QRgb color)
         std::fill(line(row) + left, line(row) + right, color);
 }
 
-void TrackRasterizer::drawSquares(const QPolygon& points, const QPoint& except, QRgb color)
+void TrackRasterizer::doSquare(int x, int y, QRgb color)
 {
-    if (points.isEmpty())
-        return;
-    // The box of the points that have a square inside the picture.
-    // Points whose square lies wholly inside the picture.
-    const auto inPicture = [this](const QPoint& p) {
-        return p.x() >= 2 && p.y() >= 2 && p.x() < m_width && p.y() < m_height;
-    };
-    int left = m_width, right = -1, top = m_height, bottom = -1;
-    for (const QPoint& p : points) {
-        if (inPicture(p)) {
-            left = std::min(left, p.x());
-            right = std::max(right, p.x());
-            top = std::min(top, p.y());
-            bottom = std::max(bottom, p.y());
-        }
-    }
-    const qint64 boxWidth = right - left + 1;
-    const qint64 area = right >= left ? boxWidth * (bottom - top + 1) : 0;
-    const bool marking = area > 0 && area <= MaxMarkedArea;
-    if (marking)
-        m_marks.assign(size_t(area), 0);
-    for (const QPoint& p : points) {
-        if (p == except)
-            continue;
-        const int x = p.x(), y = p.y();
-        if (!inPicture(p)) {
-            doBlock(x - 2, y - 2, 3, 3, color);
-            continue;
-        }
-        if (marking) {
-            quint8& mark = m_marks[size_t((y - top) * boxWidth + (x - left))];
-            if (mark)
-                continue;
-            mark = 1;
-        }
-        for (int row = y - 2; row <= y; ++row) {
-            QRgb* l = line(row);
-            l[x - 2] = l[x - 1] = l[x] = color;
-        }
-    }
-    doTouch(points, 2, 0);
+    QRgb* l = line(y - 2);
+    const qsizetype next = m_stride / qsizetype(sizeof(QRgb));
+    for (int row = 0; row < 3; ++row, l += next)
+        l[x - 2] = l[x - 1] = l[x] = color;
 }
 
-void TrackRasterizer::drawPolyline(const QPolygon& points, QRgb color)
+void TrackRasterizer::drawTrack(const QPolygon& points, QRgb color)
 {
-    if (points.size() < 2)
+    if (points.size() < 2 || m_width <= 0 || m_height <= 0)
         return;
+    int left = points.first().x(), right = left;
+    int top = points.first().y(), bottom = top;
+    for (const QPoint& p : points) {
+        left = std::min(left, p.x());
+        right = std::max(right, p.x());
+        top = std::min(top, p.y());
+        bottom = std::max(bottom, p.y());
+    }
+    // Lines reach one pixel up and left of their points, squares two.
+    const QRect box = QRect(QPoint(left - 2, top - 2), QPoint(right, bottom)).intersected(m_image->rect());
+    if (box.isEmpty())
+        return;
+    m_touched.append(box);
+    // Wholly inside: no point needs a look at the picture's edges.
+    const bool inside = left >= 2 && top >= 2 && right < m_width && bottom < m_height;
+
     QPoint previous = points.first();
     for (int i = 1; i < points.size(); ++i) {
         const QPoint p = points.at(i);
         if (p == previous)
             continue;
-        const bool inside = std::min({previous.x(), previous.y(), p.x(), p.y()}) >= 1
-                            && std::max(previous.x(), p.x()) < m_width
-                            && std::max(previous.y(), p.y()) < m_height;
-        if (inside)
-            doLine(previous.x(), previous.y(), p.x(), p.y(), color);
-        else
+        const bool segmentInside = inside
+                                   || (std::min({previous.x(), previous.y(), p.x(), p.y()}) >= 1
+                                       && std::max(previous.x(), p.x()) < m_width
+                                       && std::max(previous.y(), p.y()) < m_height);
+        if (!segmentInside)
             doClippedLine(previous.x(), previous.y(), p.x(), p.y(), color);
+        else
+            doLine(previous.x(), previous.y(), p.x(), p.y(), color);
         previous = p;
     }
-    doTouch(points, 1, 0);
+
+    const QPoint last = points.last();
+    const qint64 boxWidth = qint64(right) - left + 1;
+    const qint64 area = boxWidth * (qint64(bottom) - top + 1);
+    const bool marking = inside && area <= MaxMarkedArea;
+    if (marking)
+        m_marks.assign(size_t(area), 0);
+    for (const QPoint& p : points) {
+        if (p == last)
+            continue;
+        const int x = p.x(), y = p.y();
+        if (marking) {
+            quint8& mark = m_marks[size_t((y - top) * boxWidth + (x - left))];
+            if (mark)
+                continue;
+            mark = 1;
+            doSquare(x, y, color);
+        } else if (x >= 2 && y >= 2 && x < m_width && y < m_height) {
+            doSquare(x, y, color);
+        } else {
+            doBlock(x - 2, y - 2, 3, 3, color);
+        }
+    }
 }
 
 void TrackRasterizer::doLine(int ax, int ay, int bx, int by, QRgb color)
 {
     // Bresenham; each step sets a 2 x 2 block, up and left of the point, as a 2-pixel
     // pen centred on the line covers. Both ends lie inside the picture.
+    const qsizetype next = m_stride / qsizetype(sizeof(QRgb));
     const int sx = ax < bx ? 1 : -1;
-    const int sy = ay < by ? 1 : -1;
+    const qsizetype sy = ay < by ? next : -next;
     const int dx = std::abs(bx - ax);
     const int dy = -std::abs(by - ay);
     int err = dx + dy;
-    for (;;) {
-        QRgb* upper = line(ay - 1);
-        QRgb* lower = line(ay);
-        upper[ax - 1] = upper[ax] = lower[ax - 1] = lower[ax] = color;
-        if (ax == bx && ay == by)
+    QRgb* at = line(ay - 1) + (ax - 1);
+    for (int x = ax, y = ay;;) {
+        at[0] = at[1] = at[next] = at[next + 1] = color;
+        if (x == bx && y == by)
             break;
         const int e2 = 2 * err;
         if (e2 >= dy) {
             err += dy;
-            ax += sx;
+            x += sx;
+            at += sx;
         }
         if (e2 <= dx) {
             err += dx;
-            ay += sy;
+            y += (sy > 0 ? 1 : -1);
+            at += sy;
         }
     }
 }
