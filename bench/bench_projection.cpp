@@ -85,14 +85,17 @@ void runSearch(int mode, PickupSearch::DuplicateCheck check)
     });
     QElapsedTimer clock;
     clock.start();
+    const qint64 cpu = threadCpuNs();
     const bool found = search.run();
     const double ms = clock.nsecsElapsed() / 1e6;
+    const double cpuMs = (threadCpuNs() - cpu) / 1e6;
     const PickupSearch::Stats& s = search.stats();
     const PickupParams& b = search.best();
-    std::printf("pick-up mode %d, %s duplicate check: %s in %.1f ms, %d passes, %lld candidates, "
-                "%lld duplicates skipped, %lld invalid, %lld scored, %d event loop turns\n",
+    std::printf("pick-up mode %d, %s duplicate check: %s in %.1f ms (thread CPU time %.1f ms), "
+                "%d passes, %lld candidates, %lld duplicates skipped, %lld invalid, %lld scored, "
+                "%d event loop turns\n",
                 mode, check == PickupSearch::DuplicateCheck::Indexed ? "indexed" : "plain",
-                found ? "found" : "not found", ms, s.passes, s.candidates, s.duplicates, s.invalid,
+                found ? "found" : "not found", ms, cpuMs, s.passes, s.candidates, s.duplicates, s.invalid,
                 s.scored, yields);
     std::printf("  pose: height %.3f m, Y %.3f m, azimuth %.3f deg, elevation %.3f deg, half view "
                 "angle %.3f deg (true: 7, -8.5, 4, 9, 11)\n",

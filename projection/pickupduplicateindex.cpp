@@ -38,21 +38,21 @@ bool PickupDuplicateIndex::containsLiterally(const QVector<PickupParams>& scored
 
 quint32 PickupDuplicateIndex::hashOf(const Key& key)
 {
-    // Neighbouring cells differ in their low bits only: mix every bit into every bit.
-    quint64 h = 0;
-    for (qint64 c : key) {
-        h = (h ^ quint64(c)) + 0x9e3779b97f4a7c15ull;
-        h = (h ^ (h >> 30)) * 0xbf58476d1ce4e5b9ull;
-        h = (h ^ (h >> 27)) * 0x94d049bb133111ebull;
-        h ^= h >> 31;
-    }
-    return quint32(h);
+    // Neighbouring cells differ in their low bits only: spread them with odd
+    // multipliers, then mix every bit into the high ones that pick the bucket.
+    quint64 h = quint64(key[0]) * 0x9e3779b97f4a7c15ull + quint64(key[1]) * 0xbf58476d1ce4e5b9ull
+                + quint64(key[2]) * 0x94d049bb133111ebull + quint64(key[3]) * 0xd6e8feb86659fd93ull
+                + quint64(key[4]) * 0xa0761d6478bd642full;
+    h ^= h >> 32;
+    h *= 0xe7037ed1a0b428dbull;
+    return quint32(h >> 32);
 }
 
 void PickupDuplicateIndex::reset(double tolerance)
 {
     m_tolerance = tolerance;
     m_cellSize = tolerance > 0.0 ? CellPerTolerance * tolerance : 1.0;
+    m_inverseCellSize = 1.0 / m_cellSize;
     m_poses.clear();
     m_entries.clear();
     m_buckets.assign(InitialBuckets, -1);
@@ -60,7 +60,8 @@ void PickupDuplicateIndex::reset(double tolerance)
 
 qint64 PickupDuplicateIndex::cellOf(double value) const
 {
-    const double cell = std::floor(value / m_cellSize);
+    // Multiplying by the inverse keeps the order of values, which is all the cells need.
+    const double cell = std::floor(value * m_inverseCellSize);
     return qint64(std::clamp(cell, -CellLimit, CellLimit));
 }
 

@@ -46,6 +46,7 @@ private:
 
     double m_tolerance = 0.0;
     double m_cellSize = 1.0;
+    double m_inverseCellSize = 1.0;
     std::vector<PickupParams> m_poses;
     // Cells hashed into buckets; cells sharing a bucket share its chain, which only
     // means a few more poses compared.
