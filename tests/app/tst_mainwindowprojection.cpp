@@ -84,19 +84,17 @@ QJsonValue tst_MainWindowProjection::profileValue(const QString& path) const
 
 QAction* tst_MainWindowProjection::menuAction(const QString& menu, const QString& text) const
 {
-    for (QAction* top : m_window->menuBar()->actions()) {
-        if (top->text() != menu || !top->menu())
-            continue;
-        QList<QMenu*> menus{top->menu()};
-        while (!menus.isEmpty()) {
-            QMenu* m = menus.takeFirst();
-            for (QAction* action : m->actions()) {
-                if (action->text() == text && !action->menu())
-                    return action;
-                if (action->menu())
-                    menus.append(action->menu());
-            }
-        }
+    // The first item of that text under the top menu, submenus passed over.
+    QList<QAction*> items;
+    for (QAction* top : m_window->menuBar()->actions())
+        if (top->text() == menu)
+            items = top->menu()->actions();
+    while (!items.isEmpty()) {
+        QAction* action = items.takeFirst();
+        if (action->menu())
+            items += action->menu()->actions();
+        else if (action->text() == text)
+            return action;
     }
     return nullptr;
 }

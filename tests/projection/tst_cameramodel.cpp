@@ -1,5 +1,4 @@
 #include "cameramodel.h"
-#include "delayedframebuffer.h"
 #include "projectiontracks.h"
 #include "tvmsconfig.h"
 
@@ -10,7 +9,7 @@
 #include <cmath>
 
 // The camera model's numbers, its two mappings as round trips over many poses, what a
-// bad camera configuration does to it, and the headless frame buffer and tracks.
+// bad camera configuration does to it, and the tracks over the video.
 class tst_CameraModel : public QObject
 {
     Q_OBJECT
@@ -26,7 +25,6 @@ private slots:
     void roundTrips();
     void badConfiguration_data();
     void badConfiguration();
-    void framesWaitForTheirDelay();
     void tracksKeepVisibleDetections();
 
 private:
@@ -233,27 +231,6 @@ void tst_CameraModel::badConfiguration()
         const QPointF road = m.xyFromScreen(QPoint(x, 479), &ok);
         QVERIFY(!ok || (std::isfinite(road.x()) && std::isfinite(road.y())));
     }
-}
-
-void tst_CameraModel::framesWaitForTheirDelay()
-{
-    const QDateTime now(QDate(2026, 11, 21), QTime(12, 0), Qt::UTC);
-    DelayedFrameBuffer buffer;
-    buffer.setFrameTime(now); // no frame yet: nothing to stamp
-    QVERIFY(buffer.isEmpty());
-    for (int i = 0; i < 10; ++i) {
-        buffer.startFrame();
-        buffer.setFrameTime(now.addMSecs(100 * i));
-        buffer.addObject(RoadObject{quint8(i), 0, 0, 20, 0, 4, now});
-        buffer.appendSortedIds({quint8(i)});
-    }
-    buffer.startFrame(); // never stamped: due at once, but behind the newer ones
-    // 500 ms delay at the time of the last frame: frames 0 to 4 are due.
-    const QList<DelayedFrame> due = buffer.takeDue(now.addMSecs(900 - 500));
-    QCOMPARE(due.size(), 5);
-    QCOMPARE(due.last().sortedIds, QVector<quint8>{4});
-    QCOMPARE(buffer.size(), 6);
-    QCOMPARE(buffer.takeDue(now.addMSecs(900)).size(), 6);
 }
 
 void tst_CameraModel::tracksKeepVisibleDetections()

@@ -97,11 +97,12 @@ void tst_PickupSearch::recoversAKnownPose()
     QVERIFY(search.run());
     const PickupParams& best = search.best();
     // Whole-pixel marks leave a little play; the pose is found within it.
-    QVERIFY2(std::fabs(best[PickupParams::Height] - height) < 0.3, qPrintable(QString::number(best[PickupParams::Height])));
-    QVERIFY2(std::fabs(best[PickupParams::Y] - y) < 0.3, qPrintable(QString::number(best[PickupParams::Y])));
-    QVERIFY2(std::fabs(best[PickupParams::Azimuth] - azimuth) < 0.5, qPrintable(QString::number(best[PickupParams::Azimuth])));
-    QVERIFY2(std::fabs(best[PickupParams::Elevation] - elevation) < 0.3, qPrintable(QString::number(best[PickupParams::Elevation])));
-    QVERIFY2(std::fabs(best[PickupParams::HalfAngle] - halfAngle) < 0.3, qPrintable(QString::number(best[PickupParams::HalfAngle])));
+    const double truth[] = {y, height, azimuth, elevation, halfAngle};
+    const int index[] = {PickupParams::Y, PickupParams::Height, PickupParams::Azimuth,
+                         PickupParams::Elevation, PickupParams::HalfAngle};
+    for (int i = 0; i < 5; ++i)
+        QVERIFY2(std::fabs(best[index[i]] - truth[i]) < (i == 2 ? 0.5 : 0.3),
+                 qPrintable(QString("parameter %1: %2").arg(index[i]).arg(best[index[i]])));
     QCOMPARE(best[PickupParams::X], saved[PickupParams::X]);
     QCOMPARE(best[PickupParams::Roll], 0.0);
     const PickupFit fit = PickupFit::evaluate(search, best);
