@@ -9,6 +9,8 @@
 #include "orvexcontrol.h"
 #include "orvexserialdunvelprotocolclient.h"
 #include "orvexserialpakorprotocolclient.h"
+#include "pickupsearch.h"
+#include "projectionwidget.h"
 #include "radarstatewidget.h"
 #include "radartuningwidget.h"
 #include "roadbuilder.h"
@@ -21,6 +23,7 @@
 #include "serverpingwidget.h"
 #include "serverprotocolwidget.h"
 #include "serverstatewidget.h"
+#include "tvmsconfigwidget.h"
 #include "ui_mainwindow.h"
 #include "workprofilehandler.h"
 #include "workprofilewidget.h"
@@ -107,6 +110,8 @@ MainWindow::MainWindow(QWidget* parent)
     , m_profileWidget(new WorkProfileWidget(this, Qt::Window))
     , m_roadConfigWidget(new RoadConfigWidget(this, Qt::Window))
     , m_historyWidget(new HistoryTableWidget(this, Qt::Window))
+    , m_tvmsConfigWidget(new TvmsConfigWidget(this, Qt::Window))
+    , m_projectionWidget(new ProjectionWidget(this))
     , m_serverPingWidget(new ServerPingWidget(this))
     , m_serverConnectionWidget(new ServerConnectionWidget(this))
     , m_serverStateWidget(new ServerStateWidget(this))
@@ -143,6 +148,7 @@ MainWindow::MainWindow(QWidget* parent)
         {SaveAndRestartControl, m_ui->saveAndRestartBox},
         {GeneralInfoControl, m_ui->generalInfoBox},
         {ObjectsHistoryControl, m_historyWidget},
+        {ProjectionToVideoControl, m_projectionWidget},
     };
     for (QWidget* widget : qAsConst(m_controls)) {
         if (auto* box = qobject_cast<CollapsibleGroupBox*>(widget))
@@ -150,6 +156,8 @@ MainWindow::MainWindow(QWidget* parent)
                     &MainWindow::onControlCollapsedChanged);
     }
     connect(m_historyWidget, &StandaloneWidget::aboutToClose, this,
+            &MainWindow::onStandaloneWidgetClosed);
+    connect(m_projectionWidget, &StandaloneWidget::aboutToClose, this,
             &MainWindow::onStandaloneWidgetClosed);
 
     // The reports of unbounded length, a server's address and a radar's hardware name,
@@ -201,6 +209,7 @@ void MainWindow::doBuildMenus()
     addProfileToggle(data, tr("&Automatically get data when radar starts working"),
                      &WorkProfileHandler::setAutoGetData, &WorkProfileHandler::autoGetDataChanged);
     data->addSeparator();
+    doBuildPickupMenu(data);
     connect(data->addAction(tr("&Reset average tracks")), &QAction::triggered, m_objectsHelper,
             &ObjectsHelper::resetAverageTracks);
     QMenu* server = menuBar()->addMenu(tr("&Server"));
@@ -263,7 +272,8 @@ void MainWindow::doBuildViewMenu()
          {tr("Set &radar position"), SetRadarPositionControl},
          {tr("Save &params and restart"), SaveAndRestartControl},
          {QString(), 0},
-         {tr("Objects &history"), ObjectsHistoryControl}},
+         {tr("Objects &history"), ObjectsHistoryControl},
+         {tr("Projecting to &video"), ProjectionToVideoControl}},
         false, this);
     connect(m_controlsGroup, &QActionGroup::triggered, this,
             &MainWindow::onControlVisibleTriggered);
@@ -273,6 +283,9 @@ void MainWindow::doBuildViewMenu()
                      &H::drawVerticalChanged);
     addProfileToggle(scheme, tr("&Keep aspect ratio and object sizes"), &H::setKeepAspectRatio,
                      &H::keepAspectRatioChanged);
+    scheme->addSeparator();
+    addProfileToggle(scheme, tr("Draw camera's sight &line and area"), &H::setShowSightLine,
+                     &H::showSightLineChanged);
     scheme->addSeparator();
     addProfileToggle(scheme, tr("Draw &current tracks"), &H::setShowCurrentTracksOnScheme,
                      &H::showCurrentTracksOnSchemeChanged);
@@ -289,6 +302,7 @@ void MainWindow::doBuildViewMenu()
     scheme->addSeparator();
     connect(scheme->addAction(tr("Customize &traffic scheme")), &QAction::triggered, this,
             &MainWindow::onConfigureRoadTriggered);
+    doBuildProjectionMenu(view);
 
     view->addSeparator();
     addProfileToggle(view, tr("&Paint objects in different colors"), &H::setPaintObjects,
@@ -357,6 +371,7 @@ void MainWindow::doMakeFixedConnections()
             &ObjectsHelper::finishApplyingRoad);
     connect(m_objectsHelper, &ObjectsHelper::sortingFinished, scheme, &R::finishFilling);
     connect(m_objectsHelper, &ObjectsHelper::averageTracks, scheme, &R::setAverageTracks);
+    doConnectProjection();
 }
 
 // --- Radar client -----------------------------------------------------------------------
@@ -400,6 +415,7 @@ void MainWindow::doConnectRadarClient()
     doConnectRadarResults();
     doConnectRadarRequests();
     doConnectCommandPanels();
+    doConnectProjectionFeed();
 }
 
 void MainWindow::doConnectServerDisplays()
@@ -729,13 +745,6 @@ void MainWindow::onControlCollapsedChanged(bool collapsed)
         m_controls.key(qobject_cast<QWidget*>(sender()), TrafficSchemeAreaControl), collapsed);
 }
 
-void MainWindow::onStandaloneWidgetClosed()
-{
-    // The operator closed a free-standing window: the profile records it hidden.
-    emit controlVisibleChanged(
-        m_controls.key(qobject_cast<QWidget*>(sender()), TrafficSchemeAreaControl), false);
-}
-
 void MainWindow::doSetControlVisible(int control, bool visible)
 {
     QWidget* widget = m_controls.value(control);
@@ -746,13 +755,11 @@ void MainWindow::doSetControlVisible(int control, bool visible)
     m_controlVisible[control] = visible;
     if (control == ObjectsHistoryControl) {
         // The history logs only while its window is open; closing it drops the log.
-        if (visible) {
-            m_historyWidget->showStandalone(false, this, windowTitleFor(tr("Objects history")));
-            m_historyWidget->setEnabled(true);
-        } else {
-            m_historyWidget->setEnabled(false);
-            m_historyWidget->hide();
-        }
+        doShowFreeWindow(m_historyWidget, tr("Objects history"), visible);
+    } else if (control == ProjectionToVideoControl) {
+        doShowFreeWindow(m_projectionWidget, tr("Projecting to video"), visible);
+        // The scheme shows the camera's sight area only while the projection is shown.
+        emit showSightAreaChanged(visible);
     } else if (control != TrafficSchemeAreaControl) {
         // The scheme area's visibility is the layout's to set.
         widget->setVisible(visible);
@@ -936,5 +943,120 @@ void MainWindow::closeEvent(QCloseEvent* event)
     profileHandler()->saveProfiles(WorkProfileHandler::SettingsFilePath);
     doUnsetRadarClient();
     m_historyWidget->close();
+    m_projectionWidget->close();
     event->accept();
+}
+
+// --- Video projection ---------------------------------------------------------------------
+
+void MainWindow::doBuildProjectionMenu(QMenu* view)
+{
+    using H = WorkProfileHandler;
+    QMenu* video = view->addMenu(tr("Projecting to &video"));
+    addProfileToggle(video, tr("Draw &lane boundaries"), &H::setShowLaneLinesOnVideo,
+                     &H::showLaneLinesOnVideoChanged);
+    addProfileToggle(video, tr("Draw &distance lines"), &H::setShowDistLinesOnVideo,
+                     &H::showDistLinesOnVideoChanged);
+    addProfileToggle(video, tr("Draw &current tracks"), &H::setShowCurrentTracksOnVideo,
+                     &H::showCurrentTracksOnVideoChanged);
+    addProfileToggle(video, tr("Draw &average tracks"), &H::setShowAverageTracksOnVideo,
+                     &H::showAverageTracksOnVideoChanged);
+    video->addSeparator();
+    connect(video->addAction(tr("Customize &projecting to video")), &QAction::triggered, this,
+            &MainWindow::onConfigureTvmsTriggered);
+}
+
+void MainWindow::doBuildPickupMenu(QMenu* data)
+{
+    QMenu* pickup = data->addMenu(tr("&Pick up parameters"));
+    connect(pickup->addAction(tr("Radar &position")), &QAction::triggered, this,
+            &MainWindow::onPickupRadarPosTriggered);
+    connect(pickup->addAction(tr("Radar position and camera view &angle")), &QAction::triggered,
+            this, &MainWindow::onPickupRadarPosAndCameraViewAngleTriggered);
+    data->addSeparator();
+}
+
+void MainWindow::doConnectProjection()
+{
+    WorkProfileHandler* h = profileHandler();
+    using H = WorkProfileHandler;
+    using P = ProjectionWidget;
+    ProjectionWidget* video = m_projectionWidget;
+    connect(h, &H::showLaneLinesOnVideoChanged, video, &P::setShowLaneLines);
+    connect(h, &H::showDistLinesOnVideoChanged, video, &P::setShowDistLines);
+    connect(h, &H::showCurrentTracksOnVideoChanged, video, &P::setShowCurrentTracks);
+    connect(h, &H::showAverageTracksOnVideoChanged, video, &P::setShowAverageTracks);
+    connect(m_tvmsConfigWidget, &TvmsConfigWidget::tvmsConfigChanged, h, &H::setTvmsConfig);
+    connect(h, &H::tvmsConfigChanged, video, &P::setTvmsConfig);
+    connect(h, &H::tvmsConfigChanged, m_tvmsConfigWidget, &TvmsConfigWidget::setTvmsConfig);
+    connect(h, &H::paintObjectsChanged, video, &P::setPaintObjects);
+
+    using B = RoadBuilder;
+    connect(m_roadBuilder, &B::applyingRoadStarted, video, &P::startApplyingRoad);
+    connect(m_roadBuilder, &B::roadAxisLine, video, &P::setRoadAxisLine);
+    connect(m_roadBuilder, &B::laneBorderLines, video, &P::setLaneBorderLines);
+    connect(m_roadBuilder, &B::roadBorderLines, video, &P::setRoadBorderLines);
+    connect(m_roadBuilder, &B::distanceLines, video, &P::setDistanceLines);
+    connect(m_roadBuilder, &B::applyingRoadFinished, video, &P::finishApplyingRoad);
+    connect(m_objectsHelper, &ObjectsHelper::sortingFinished, video, &P::finishFilling);
+    connect(m_objectsHelper, &ObjectsHelper::averageTracks, video, &P::setAverageTracks);
+    connect(video, &P::sight, m_ui->roadObjectsWidget, &RoadObjectsWidget::setSight);
+}
+
+void MainWindow::doConnectProjectionFeed()
+{
+    using C = IOrvexClient;
+    using P = ProjectionWidget;
+    IOrvexClient* c = m_radarClient;
+    ProjectionWidget* video = m_projectionWidget;
+    connect(c, &C::radarStateChanged, video, &P::showRadarState);
+    connect(c, &C::frameStarted, video, &P::startFilling);
+    connect(c, &C::frameDateTimeUtc, video, &P::setFrameDateTimeUtc);
+    connect(c, &C::objectData, video, &P::addObject);
+    // The radar's own pose is shown at once.
+    connect(c, &C::radarPosition, video,
+            [video](double height, double x, double y, double azimuth, double altitude,
+                    double roll) { video->showPosition(height, x, y, azimuth, altitude, roll, true); });
+}
+
+void MainWindow::doShowFreeWindow(StandaloneWidget* window, const QString& name, bool visible)
+{
+    if (visible) {
+        window->showStandalone(false, this, windowTitleFor(name));
+        window->setEnabled(true);
+    } else {
+        window->setEnabled(false);
+        window->hide();
+    }
+}
+
+void MainWindow::onConfigureTvmsTriggered()
+{
+    m_tvmsConfigWidget->showStandalone(true, this,
+                                       windowTitleFor(tr("Projecting to video customization")));
+}
+
+void MainWindow::doStartPickup(int mode)
+{
+    if (!isControlVisible(ProjectionToVideoControl))
+        emit controlVisibleChanged(ProjectionToVideoControl, true);
+    m_projectionWidget->pickupParameters(mode);
+}
+
+void MainWindow::onPickupRadarPosTriggered()
+{
+    doStartPickup(PickupSearch::RadarPosition);
+}
+
+void MainWindow::onPickupRadarPosAndCameraViewAngleTriggered()
+{
+    doStartPickup(PickupSearch::RadarPositionAndViewAngle);
+}
+
+void MainWindow::onStandaloneWidgetClosed()
+{
+    // The free-standing window that closes names its control.
+    const int control = m_controls.key(qobject_cast<QWidget*>(sender()), -1);
+    if (control >= 0)
+        emit controlVisibleChanged(control, false);
 }

@@ -10,6 +10,7 @@
 class HistoryTableWidget;
 class IOrvexClient;
 class ObjectsHelper;
+class ProjectionWidget;
 class QAction;
 class QActionGroup;
 class QMenu;
@@ -20,6 +21,8 @@ class ServerConnectionWidget;
 class ServerPingWidget;
 class ServerProtocolWidget;
 class ServerStateWidget;
+class StandaloneWidget;
+class TvmsConfigWidget;
 class WorkProfileHandler;
 class WorkProfileWidget;
 
@@ -48,6 +51,8 @@ public:
     WorkProfileWidget* profileWidget() const { return m_profileWidget; }
     RoadConfigWidget* roadConfigWidget() const { return m_roadConfigWidget; }
     HistoryTableWidget* historyWidget() const { return m_historyWidget; }
+    ProjectionWidget* projectionWidget() const { return m_projectionWidget; }
+    TvmsConfigWidget* tvmsConfigWidget() const { return m_tvmsConfigWidget; }
     // The widget that shows a control, or null for a number without one.
     QWidget* controlWidget(int control) const { return m_controls.value(control); }
     int columnCount() const { return m_columnCount; }
@@ -94,6 +99,9 @@ public slots:
     void onAboutProgramTriggered();
     void onSwitchProfileTriggered();
     void onConfigureRoadTriggered();
+    void onConfigureTvmsTriggered();
+    void onPickupRadarPosTriggered();
+    void onPickupRadarPosAndCameraViewAngleTriggered();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -107,10 +115,13 @@ private:
     void doBuildFileMenu();
     void doBuildProtocolMenu();
     void doBuildViewMenu();
+    void doBuildProjectionMenu(QMenu* view);
+    void doBuildPickupMenu(QMenu* data);
     // A checkable menu item that sets a profile value and whose tick follows it.
     template<typename Setter, typename Changed>
     QAction* addProfileToggle(QMenu* menu, const QString& text, Setter setter, Changed changed);
     void doMakeFixedConnections();
+    void doConnectProjection();
     void doSetupRadarClient(int version);
     void doUnsetRadarClient();
     void doConnectRadarClient();
@@ -120,6 +131,11 @@ private:
     void doConnectRadarResults();
     void doConnectRadarRequests();
     void doConnectCommandPanels();
+    void doConnectProjectionFeed();
+    // Shows a free-standing window (titled after the profile) and lets it work, or
+    // stops and hides it.
+    void doShowFreeWindow(StandaloneWidget* window, const QString& name, bool visible);
+    void doStartPickup(int mode);
     void doResetWindowLayout(int control);
     void doApplyWindowLayout(int control);
     void doSetControlsSizePolicy(bool vertical, bool visible0, bool visible2);
@@ -147,6 +163,8 @@ private:
     WorkProfileWidget* m_profileWidget = nullptr;
     RoadConfigWidget* m_roadConfigWidget = nullptr;
     HistoryTableWidget* m_historyWidget = nullptr;
+    TvmsConfigWidget* m_tvmsConfigWidget = nullptr;
+    ProjectionWidget* m_projectionWidget = nullptr;
     ServerPingWidget* m_serverPingWidget = nullptr;
     ServerConnectionWidget* m_serverConnectionWidget = nullptr;
     ServerStateWidget* m_serverStateWidget = nullptr;

@@ -291,6 +291,46 @@
         <source>Objects history</source>
         <translation>Objektverlauf</translation>
     </message>
+    <message>
+        <source>Projecting to &amp;video</source>
+        <translation>Projektion auf das &amp;Video</translation>
+    </message>
+    <message>
+        <source>Draw camera&apos;s sight &amp;line and area</source>
+        <translation>Sicht&amp;linie und Sichtbereich der Kamera anzeigen</translation>
+    </message>
+    <message>
+        <source>Projecting to video</source>
+        <translation>Projektion auf das Video</translation>
+    </message>
+    <message>
+        <source>Draw &amp;lane boundaries</source>
+        <translation>&amp;Fahrstreifengrenzen anzeigen</translation>
+    </message>
+    <message>
+        <source>Draw &amp;distance lines</source>
+        <translation>&amp;Entfernungslinien anzeigen</translation>
+    </message>
+    <message>
+        <source>Customize &amp;projecting to video</source>
+        <translation>&amp;Projektion auf das Video anpassen</translation>
+    </message>
+    <message>
+        <source>&amp;Pick up parameters</source>
+        <translation>Parameter &amp;ermitteln</translation>
+    </message>
+    <message>
+        <source>Radar &amp;position</source>
+        <translation>Radar&amp;position</translation>
+    </message>
+    <message>
+        <source>Radar position and camera view &amp;angle</source>
+        <translation>Radarposition und Kamera&amp;blickwinkel</translation>
+    </message>
+    <message>
+        <source>Projecting to video customization</source>
+        <translation>Anpassung der Projektion auf das Video</translation>
+    </message>
 </context>
 <context>
     <name>ObjectsTableWidget</name>
@@ -352,6 +392,114 @@
     <message>
         <source>error occurred</source>
         <translation>Fehler aufgetreten</translation>
+    </message>
+</context>
+<context>
+    <name>PickupFit</name>
+    <message>
+        <source>Checkpoint #%1: entered Y %2 m, picked Y %3 m, difference %4 m</source>
+        <translation>Kontrollpunkt #%1: eingegebenes Y %2 m, ermitteltes Y %3 m, Abweichung %4 m</translation>
+    </message>
+    <message>
+        <source>Checkpoint #%1: entered Y %2 m, not on the road under the picked position</source>
+        <translation>Kontrollpunkt #%1: eingegebenes Y %2 m, liegt bei der ermittelten Position nicht auf der Straße</translation>
+    </message>
+    <message>
+        <source>Line segment: entered length %1 m, fitted length %2 m, difference %3 m</source>
+        <translation>Strecke: eingegebene Länge %1 m, ermittelte Länge %2 m, Abweichung %3 m</translation>
+    </message>
+    <message>
+        <source>Line segment: entered length %1 m, not on the road under the picked position</source>
+        <translation>Strecke: eingegebene Länge %1 m, liegt bei der ermittelten Position nicht auf der Straße</translation>
+    </message>
+    <message>
+        <source>Root-mean-square error: %1 m</source>
+        <translation>Mittlerer quadratischer Fehler: %1 m</translation>
+    </message>
+</context>
+<context>
+    <name>ProjectionPainter</name>
+    <message>
+        <source>%1 km/h</source>
+        <translation>%1 km/h</translation>
+    </message>
+</context>
+<context>
+    <name>ProjectionPickup</name>
+    <message>
+        <source>radar position, camera view angle is known</source>
+        <translation>Radarposition, Kamerablickwinkel ist bekannt</translation>
+    </message>
+    <message>
+        <source>radar position and camera view angle</source>
+        <translation>Radarposition und Kamerablickwinkel</translation>
+    </message>
+    <message>
+        <source>Then mark additional line segment along the X axis.</source>
+        <translation>Danach zusätzlich eine Strecke entlang der X-Achse markieren.</translation>
+    </message>
+    <message>
+        <source>Picking up parameters</source>
+        <translation>Parameter ermitteln</translation>
+    </message>
+    <message>
+        <source>Selected mode: picking up</source>
+        <translation>Gewählter Modus: Ermittlung von</translation>
+    </message>
+    <message>
+        <source>Mark four checkpoints on the projection as far apart as possible.</source>
+        <translation>Vier Kontrollpunkte möglichst weit voneinander entfernt auf der Projektion markieren.</translation>
+    </message>
+    <message>
+        <source>Mark checkpoint #%1</source>
+        <translation>Kontrollpunkt #%1 markieren</translation>
+    </message>
+    <message>
+        <source>Mark line segment along the X axis</source>
+        <translation>Strecke entlang der X-Achse markieren</translation>
+    </message>
+    <message>
+        <source>Checkpoint position</source>
+        <translation>Position des Kontrollpunkts</translation>
+    </message>
+    <message>
+        <source>Enter Y coordinate of the checkpoint #%1, m</source>
+        <translation>Y-Koordinate des Kontrollpunkts #%1 eingeben, m</translation>
+    </message>
+    <message>
+        <source>Line segment length</source>
+        <translation>Länge der Strecke</translation>
+    </message>
+    <message>
+        <source>Enter line segment length, m</source>
+        <translation>Länge der Strecke eingeben, m</translation>
+    </message>
+    <message>
+        <source>Picked parameters</source>
+        <translation>Ermittelte Parameter</translation>
+    </message>
+    <message>
+        <source>Unable to pick up parameters.</source>
+        <translation>Die Parameter konnten nicht ermittelt werden.</translation>
+    </message>
+    <message>
+        <source>Camera horizontal view angle is %1 deg.</source>
+        <translation>Der horizontale Blickwinkel der Kamera beträgt %1°.</translation>
+    </message>
+    <message>
+        <source>Picked radar position is written into the &apos;Set radar position&apos; control.</source>
+        <translation>Die ermittelte Radarposition wurde in das Element „Radarposition festlegen“ eingetragen.</translation>
+    </message>
+</context>
+<context>
+    <name>ProjectionWidget</name>
+    <message>
+        <source>Projecting to video</source>
+        <translation>Projektion auf das Video</translation>
+    </message>
+    <message>
+        <source>(%1; %2)</source>
+        <translation>(%1; %2)</translation>
     </message>
 </context>
 <context>
@@ -685,6 +833,65 @@
     <message>
         <source>%1 on</source>
         <translation>%1 an</translation>
+    </message>
+</context>
+<context>
+    <name>TvmsConfigWidget</name>
+    <message>
+        <source>Projecting to video customization</source>
+        <translation>Anpassung der Projektion auf das Video</translation>
+    </message>
+    <message>
+        <source> Camera position *  </source>
+        <translation> Kameraposition *  </translation>
+    </message>
+    <message>
+        <source>X offset, m</source>
+        <translation>X-Versatz, m</translation>
+    </message>
+    <message>
+        <source>Y offset, m</source>
+        <translation>Y-Versatz, m</translation>
+    </message>
+    <message>
+        <source>Z offset, m</source>
+        <translation>Z-Versatz, m</translation>
+    </message>
+    <message>
+        <source>Azimuth misalignment, °</source>
+        <translation>Azimutabweichung, °</translation>
+    </message>
+    <message>
+        <source>Altitude misalignment, °</source>
+        <translation>Neigungsabweichung, °</translation>
+    </message>
+    <message>
+        <source>* relative to radar</source>
+        <translation>* relativ zum Radar</translation>
+    </message>
+    <message>
+        <source> Camera optics  </source>
+        <translation> Kameraoptik  </translation>
+    </message>
+    <message>
+        <source>Horizontal view angle, °</source>
+        <translation>Horizontaler Blickwinkel, °</translation>
+    </message>
+    <message>
+        <source> Camera video  </source>
+        <translation> Kameravideo  </translation>
+    </message>
+    <message>
+        <source>Delay, ms</source>
+        <translation>Verzögerung, ms</translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation>Warnung</translation>
+    </message>
+    <message>
+        <source>All unsaved data will be lost. Continue?</source>
+        <translation>Alle ungespeicherten Daten gehen verloren. Fortfahren?</translation>
     </message>
 </context>
 <context>

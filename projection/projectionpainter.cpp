@@ -1,0 +1,246 @@
+#include "projectionpainter.h"
+
+#include "cameramodel.h"
+#include "objectcolor.h"
+#include "projectionroad.h"
+#include "projectiontracks.h"
+
+#include <QFontMetrics>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace {
+
+const QColor Veil(255, 255, 255, 31);
+const QColor FrameLine(255, 255, 0);
+const QColor DistanceLine(0, 255, 0, 255);
+const QColor LaneLine(0, 255, 0, 127);
+const QColor AverageTrack(255, 0, 0, 255);
+const QColor CheckpointFill(0, 0, 0);
+const QColor CheckpointOutline(255, 255, 255);
+const QColor SegmentLine(255, 255, 255);
+constexpr int CrossHalf = 8;
+constexpr int LabelPixelSize = 20;
+constexpr int LabelCacheLimit = 4096; // speed labels kept laid out
+constexpr int AnimationAlphaStep = 32;
+
+QPen linePen(const QColor& color, double width, Qt::PenStyle style = Qt::SolidLine)
+{
+    return QPen(color, width, style, Qt::SquareCap, Qt::BevelJoin);
+}
+
+} // namespace
+
+const std::array<QPoint, ProjectionPainter::AnimationCellCount> ProjectionPainter::AnimationTemplate{{
+    {0, 1},   {1, 1},   {2, 1},   {2, 0},   {2, -1},  {1, -1},  {0, -1},  {-1, -1},
+    {-1, 0},  {-1, 1},  {-1, 2},  {0, 2},   {1, 2},   {1, 1},   {1, 0},   {1, -1},
+    {0, -1},  {-1, -1}, {-2, -1}, {-2, 0},  {-2, 1},  {-1, 1},  {0, 1},   {1, 1},
+    {1, 0},   {1, -1},  {1, -2},  {0, -2},  {-1, -2}, {-1, -1}, {-1, 0},  {-1, 1},
+    {0, 1},   {1, 1},   {2, 1},   {2, 0},   {2, -1},  {1, -1},  {0, -1},  {-1, -1},
+}};
+
+void ProjectionPainter::paint(QPainter& painter, const Scene& scene)
+{
+    if (scene.size.isEmpty() || !scene.model)
+        return;
+    const bool showRoad = scene.mode == Mode::Normal && scene.model->isValid() && scene.road
+                          && scene.tracks && scene.frame;
+    const BaseKey key{scene.size,
+                      scene.road ? scene.road->version() : 0,
+                      showRoad,
+                      scene.options.showLaneLines,
+                      scene.options.showDistLines,
+                      scene.options.showAverageTracks};
+    if (!m_hasBase || !(key == m_baseKey)) {
+        m_baseKey = key;
+        m_hasBase = true;
+        doDrawBase(scene, showRoad);
+        m_composed = m_base.copy();
+        m_tracksRects.clear();
+    } else if (!m_tracksRects.isEmpty()) {
+        // Take last frame's tracks off again, box by box: a queue of standing vehicles
+        // covers little of the picture.
+        const qsizetype stride = m_base.bytesPerLine();
+        const uchar* from = m_base.constBits();
+        uchar* to = m_composed.bits();
+        for (const QRect& r : qAsConst(m_tracksRects)) {
+            for (int y = r.top(); y <= r.bottom(); ++y) {
+                const qsizetype at = y * stride + qsizetype(r.left()) * 4;
+                std::copy_n(from + at, size_t(r.width()) * 4, to + at);
+            }
+        }
+        m_tracksRects.clear();
+    }
+    if (showRoad && scene.options.showCurrentTracks)
+        doDrawTracks(scene);
+
+    painter.save();
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.drawImage(0, 0, m_composed);
+    painter.restore();
+
+    if (scene.mode == Mode::Computing)
+        doDrawAnimation(painter, scene);
+    if (showRoad)
+        doDrawObjects(painter, scene);
+    else if (scene.mode != Mode::Normal)
+        doDrawCheckpoints(painter, scene);
+}
+
+void ProjectionPainter::doDrawBase(const Scene& scene, bool showRoad)
+{
+    const int w = scene.size.width();
+    const int h = scene.size.height();
+    m_base = QImage(scene.size, QImage::Format_ARGB32_Premultiplied);
+    m_base.fill(Veil);
+    QPainter p(&m_base);
+    p.setPen(QPen(FrameLine, 1, Qt::DashLine));
+    p.setBrush(Qt::NoBrush);
+    p.drawRect(QRect(QPoint(0, 0), QPoint(w - 2, h - 2)));
+
+    const QPoint c = scene.model->centre();
+    const QLine across(c.x() - CrossHalf, c.y(), c.x() + CrossHalf, c.y());
+    const QLine down(c.x(), c.y() - CrossHalf, c.x(), c.y() + CrossHalf);
+    p.setPen(linePen(Qt::black, 4));
+    p.drawLine(across);
+    p.drawLine(down);
+    p.setPen(linePen(Qt::white, 2));
+    p.drawLine(across);
+    p.drawLine(down);
+    if (!showRoad)
+        return;
+
+    const ProjectionRoad& road = *scene.road;
+    if (scene.options.showDistLines) {
+        p.setPen(linePen(DistanceLine, 1, Qt::DotLine));
+        for (const QPolygon& line : road.screenDistanceLines())
+            p.drawPolyline(line);
+    }
+    if (scene.options.showLaneLines) {
+        p.setPen(linePen(LaneLine, 4));
+        for (const QPolygon& line : road.screenRoadBorders())
+            p.drawPolyline(line);
+        for (const QPolygon& line : road.screenLaneBorders())
+            p.drawPolyline(line);
+    }
+    if (scene.options.showAverageTracks) {
+        p.setPen(linePen(AverageTrack, 2, Qt::DashLine));
+        for (const QPolygon& track : road.screenAverageTracks())
+            p.drawPolyline(track);
+    }
+}
+
+void ProjectionPainter::doDrawTracks(const Scene& scene)
+{
+    // In display order: later ids paint over earlier ones.
+    m_rasterizer.begin(&m_composed);
+    const QMap<quint8, QPolygon>& tracks = scene.tracks->screenTracks();
+    for (quint8 id : scene.frame->sortedIds) {
+        const auto it = tracks.constFind(id);
+        if (it == tracks.cend() || it->size() < 2)
+            continue;
+        const QRgb color = ObjectColor::base(scene.options.paintObjects ? id : 0).rgba();
+        m_rasterizer.drawTrack(*it, color);
+    }
+    m_tracksRects = m_rasterizer.touched();
+}
+
+const QStaticText& ProjectionPainter::staticText(QHash<QString, QStaticText>& cache,
+                                                 const QString& text, const QFont& font)
+{
+    auto it = cache.find(text);
+    if (it == cache.end()) {
+        if (cache.size() >= LabelCacheLimit)
+            cache.clear();
+        QStaticText laidOut(text);
+        laidOut.setTextFormat(Qt::PlainText);
+        laidOut.prepare(QTransform(), font);
+        it = cache.insert(text, laidOut);
+    }
+    return *it;
+}
+
+void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
+{
+    if (m_textFont != scene.font) {
+        m_textFont = scene.font;
+        m_labelFont = scene.font;
+        m_labelFont.setPixelSize(LabelPixelSize);
+        m_idTexts.clear();
+        m_labelTexts.clear();
+        m_labelBounds.clear();
+    }
+    const QFontMetrics idMetrics(m_textFont);
+    const QFontMetrics labelMetrics(m_labelFont);
+    const CameraModel& model = *scene.model;
+    bool ok = false;
+    for (quint8 id : scene.frame->sortedIds) {
+        const auto it = scene.frame->objects.constFind(id);
+        if (it == scene.frame->objects.cend())
+            continue;
+        const QPoint at = model.xyToScreen(it->xRange, it->yRange, &ok);
+        if (!ok)
+            continue;
+        const quint8 colourId = scene.options.paintObjects ? id : 0;
+        const QColor& base = ObjectColor::base(colourId);
+        const QColor& text = ObjectColor::text(colourId);
+
+        const QRect disc(QPoint(at.x() - 12, at.y() - 12), QPoint(at.x() + 10, at.y() + 10));
+        p.setPen(QPen(text, 1));
+        p.setBrush(base);
+        p.drawEllipse(disc);
+        const QString idText = QString::number(id);
+        const QStaticText& idStatic = staticText(m_idTexts, idText, m_textFont);
+        p.setFont(m_textFont);
+        const QSizeF idSize = idStatic.size();
+        p.drawStaticText(QPointF(disc.center().x() + 0.5 - idSize.width() / 2.0,
+                                 disc.center().y() + 0.5 - idSize.height() / 2.0),
+                         idStatic);
+
+        const QString label = tr("%1 km/h").arg(RoadObject::kmh(it->xSpeed), 0, 'f', 1);
+        const QRect labelRect(QPoint(at.x() + 22, at.y() - 32), QPoint(at.x() + 149, at.y() + 31));
+        auto bounds = m_labelBounds.find(label);
+        if (bounds == m_labelBounds.end()) {
+            if (m_labelBounds.size() >= LabelCacheLimit)
+                m_labelBounds.clear();
+            bounds = m_labelBounds.insert(
+                label, labelMetrics.boundingRect(QRect(0, 0, labelRect.width(), labelRect.height()),
+                                                 Qt::AlignLeft | Qt::AlignVCenter, label));
+        }
+        const QRect textBox = bounds->translated(labelRect.topLeft());
+        p.drawRect(textBox.adjusted(-4, -2, 4, 0));
+        p.setFont(m_labelFont);
+        p.drawStaticText(textBox.topLeft(), staticText(m_labelTexts, label, m_labelFont));
+    }
+    p.setBrush(Qt::NoBrush);
+}
+
+void ProjectionPainter::doDrawCheckpoints(QPainter& p, const Scene& scene) const
+{
+    if (!scene.checkpoints)
+        return;
+    const QVector<PickupCheckpoint>& marks = *scene.checkpoints;
+    if (marks.size() > 4) {
+        p.setPen(linePen(SegmentLine, 2));
+        p.drawLine(marks.at(4).pixel, marks.size() > 5 ? marks.at(5).pixel : scene.cursor);
+    }
+    p.setPen(QPen(CheckpointOutline, 1));
+    p.setBrush(CheckpointFill);
+    for (const PickupCheckpoint& mark : marks) {
+        const QPoint& c = mark.pixel;
+        p.drawEllipse(QRect(QPoint(c.x() - 4, c.y() - 4), QPoint(c.x() + 3, c.y() + 3)));
+    }
+    p.setBrush(Qt::NoBrush);
+}
+
+void ProjectionPainter::doDrawAnimation(QPainter& p, const Scene& scene) const
+{
+    p.setPen(Qt::NoPen);
+    const int head = scene.animationIndex;
+    for (int i = head, alpha = 255; i >= std::max(head - (AnimationTrail - 1), 0);
+         --i, alpha -= AnimationAlphaStep) {
+        if (i < scene.animationSquares.size())
+            p.fillRect(scene.animationSquares.at(i), QColor(255, 255, 255, alpha));
+    }
+}

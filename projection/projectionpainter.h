@@ -1,0 +1,108 @@
+#pragma once
+
+#include "delayedframe.h"
+#include "pickupparams.h"
+#include "trackrasterizer.h"
+
+#include <QCoreApplication>
+#include <QFont>
+#include <QHash>
+#include <QImage>
+#include <QPoint>
+#include <QSize>
+#include <QStaticText>
+#include <QVector>
+
+#include <array>
+
+class CameraModel;
+class ProjectionRoad;
+class ProjectionTracks;
+class QPainter;
+
+// Paints the overlay laid over the camera picture: a faint veil with a dashed frame
+// and the centre cross; over a valid model the distance lines, lane lines, average
+// and current tracks and the objects with their speeds; while the parameters are
+// picked up the marked points, and while the search runs a busy animation.
+//
+// The veil, the frame, the cross and the road lines change only with the road, the
+// model or the options: they are kept as a picture and copied each frame, and the
+// current tracks are written into a copy of it.
+class ProjectionPainter
+{
+    Q_DECLARE_TR_FUNCTIONS(ProjectionPainter)
+
+public:
+    enum class Mode { Normal, PickingUp, Computing };
+
+    static constexpr int AnimationCellCount = 40;
+    static constexpr int AnimationRestart = 8; // the last eight cells repeat the first eight
+    static constexpr int AnimationTrail = 8; // squares drawn, the head included
+    static constexpr int AnimationCellPixels = 32;
+    // The busy animation's path, in cells of 32 pixels from the centre, y up.
+    static const std::array<QPoint, AnimationCellCount> AnimationTemplate;
+
+    struct Options
+    {
+        bool showLaneLines = false;
+        bool showDistLines = false;
+        bool showCurrentTracks = false;
+        bool showAverageTracks = false;
+        bool paintObjects = false;
+    };
+
+    struct Scene
+    {
+        QSize size;
+        const CameraModel* model = nullptr;
+        const ProjectionRoad* road = nullptr;
+        const ProjectionTracks* tracks = nullptr;
+        const DelayedFrame* frame = nullptr;
+        Options options;
+        Mode mode = Mode::Normal;
+        const QVector<PickupCheckpoint>* checkpoints = nullptr;
+        QPoint cursor; // where the segment's free end follows the mouse
+        QVector<QRect> animationSquares; // the busy animation's squares by cell
+        int animationIndex = 0;
+        QFont font; // for the ids; the speed labels use 20 pixels of it
+    };
+
+    void paint(QPainter& painter, const Scene& scene);
+
+private:
+    struct BaseKey
+    {
+        QSize size;
+        quint64 roadVersion = 0;
+        bool showRoad = false;
+        bool showLaneLines = false;
+        bool showDistLines = false;
+        bool showAverageTracks = false;
+        bool operator==(const BaseKey& o) const
+        {
+            return size == o.size && roadVersion == o.roadVersion && showRoad == o.showRoad
+                   && showLaneLines == o.showLaneLines && showDistLines == o.showDistLines
+                   && showAverageTracks == o.showAverageTracks;
+        }
+    };
+
+    void doDrawBase(const Scene& scene, bool showRoad);
+    void doDrawTracks(const Scene& scene);
+    void doDrawObjects(QPainter& p, const Scene& scene);
+    void doDrawCheckpoints(QPainter& p, const Scene& scene) const;
+    void doDrawAnimation(QPainter& p, const Scene& scene) const;
+    const QStaticText& staticText(QHash<QString, QStaticText>& cache, const QString& text,
+                                  const QFont& font);
+
+    BaseKey m_baseKey;
+    bool m_hasBase = false;
+    QImage m_base; // veil, frame, cross and road lines
+    QImage m_composed; // the base with the current tracks
+    QVector<QRect> m_tracksRects; // where the composed picture differs from the base
+    TrackRasterizer m_rasterizer;
+    QFont m_textFont;
+    QFont m_labelFont;
+    QHash<QString, QStaticText> m_idTexts;
+    QHash<QString, QStaticText> m_labelTexts;
+    QHash<QString, QRect> m_labelBounds;
+};

@@ -1,0 +1,434 @@
+#include "iorvexclient.h"
+#include "projectionpickup.h"
+#include "projectionwidget.h"
+
+#include <QApplication>
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QtTest>
+
+#include <cmath>
+#include <functional>
+
+namespace {
+
+// Answers the pick-up's dialogs while it lives: each number dialog with the next of
+// the given numbers (none left: cancel), each message box with OK. It keeps what the
+// dialogs showed.
+class DialogAnswerer : public QObject
+{
+public:
+    explicit DialogAnswerer(QList<double> numbers)
+        : m_numbers(std::move(numbers))
+    {
+        connect(&m_poll, &QTimer::timeout, this, [this] {
+            QWidget* modal = QApplication::activeModalWidget();
+            if (auto* input = qobject_cast<QInputDialog*>(modal)) {
+                presets.append(input->doubleValue());
+                if (m_numbers.isEmpty()) {
+                    input->reject();
+                    return;
+                }
+                input->setDoubleValue(m_numbers.takeFirst());
+                input->accept();
+            } else if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+                titles.append(box->windowTitle());
+                texts.append(box->text());
+                details.append(box->detailedText());
+                box->button(QMessageBox::Ok)->click();
+            }
+        });
+        m_poll.start(5);
+    }
+
+    QList<double> presets;
+    QStringList titles;
+    QStringList texts;
+    QStringList details;
+
+private:
+    QList<double> m_numbers;
+    QTimer m_poll;
+};
+
+constexpr int Width = 800;
+constexpr int Height = 600;
+
+} // namespace
+
+// The projection window: what it tells the traffic scheme, the video delay, what a
+// radar going offline or a disabled window does, the adjustment buttons, the busy
+// animation and the parameter pick-up with its dialogs, report and restored pose.
+class tst_ProjectionWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void sightFollowsTheModel_data();
+    void sightFollowsTheModel();
+    void shownFrameLagsByTheVideoDelay_data();
+    void shownFrameLagsByTheVideoDelay();
+    void emptyFramesPileUpWhileTheModelIsInvalid();
+    void offlineRadarClearsTheView();
+    void disabledWindowTakesNoFrames();
+    void tracksFarOutsideThePicturePaint_data();
+    void tracksFarOutsideThePicturePaint();
+    void adjustmentButtonsMoveOneEdge();
+    void animationWrapsToItsNinthCell();
+    void otherPickupModesAreIgnored_data();
+    void otherPickupModesAreIgnored();
+    void rightClickAbortsThePickup();
+    void pickupFindsThePose_data();
+    void pickupFindsThePose();
+    void badClicksEndCleanly_data();
+    void badClicksEndCleanly();
+    void interruptedSearchRestoresThePose_data();
+    void interruptedSearchRestoresThePose();
+
+private:
+    void placeRadar() { m_view->showPosition(6.0, 1.0, -2.0, 3.0, 10.0, 0.0, true); }
+    // Marks the points, typing the given numbers, and waits for the search to end.
+    void mark(const QVector<QPoint>& pixels, bool waitForSearch = true);
+    void feedFrame(const QDateTime& time, quint8 id, double x);
+
+    std::unique_ptr<ProjectionWidget> m_view;
+};
+
+void tst_ProjectionWidget::init()
+{
+    m_view = std::make_unique<ProjectionWidget>();
+    m_view->resize(Width, Height);
+    m_view->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 40.0}});
+    m_view->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
+    m_view->showRadarState(IOrvexClient::Working);
+}
+
+void tst_ProjectionWidget::cleanup()
+{
+    m_view.reset();
+}
+
+void tst_ProjectionWidget::mark(const QVector<QPoint>& pixels, bool waitForSearch)
+{
+    for (const QPoint& pixel : pixels)
+        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, pixel);
+    if (waitForSearch)
+        QTRY_VERIFY_WITH_TIMEOUT(!m_view->pickup()->isComputing(), 240000);
+}
+
+void tst_ProjectionWidget::feedFrame(const QDateTime& time, quint8 id, double x)
+{
+    m_view->startFilling();
+    m_view->setFrameDateTimeUtc(time);
+    m_view->addObject(id, 10.0, 0.0, x, 0.0, 4.0, time);
+    m_view->finishFilling({id});
+}
+
+void tst_ProjectionWidget::sightFollowsTheModel_data()
+{
+    QTest::addColumn<double>("height");
+    QTest::addColumn<double>("elevation");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("corners");
+    QTest::newRow("radar 6 m up, 10 degrees down") << 6.0 << 10.0 << QSize(Width, Height) << 4;
+    QTest::newRow("level radar") << 6.0 << 0.0 << QSize(Width, Height) << 0;
+    QTest::newRow("window 63 pixels wide") << 6.0 << 10.0 << QSize(63, Height) << 0;
+}
+
+void tst_ProjectionWidget::sightFollowsTheModel()
+{
+    QFETCH(double, height);
+    QFETCH(double, elevation);
+    QFETCH(QSize, size);
+    QFETCH(int, corners);
+    QSignalSpy sight(m_view.get(), &ProjectionWidget::sight);
+    QVERIFY(sight.isValid());
+    m_view->resize(size);
+    m_view->showPosition(height, 0.0, 0.0, 0.0, elevation, 0.0, true);
+    QVERIFY(!sight.isEmpty());
+    const QList<QVariant> last = sight.last();
+    QCOMPARE(last.at(2).value<QPolygonF>().size(), corners);
+    QCOMPARE(m_view->model().isValid(), corners > 0);
+    if (corners > 0)
+        QVERIFY(std::fabs(last.at(1).toPointF().x() - 6.0 / std::tan(10.0 * M_PI / 180.0)) < 1e-9);
+}
+
+void tst_ProjectionWidget::shownFrameLagsByTheVideoDelay_data()
+{
+    QTest::addColumn<int>("delay");
+    QTest::addColumn<int>("shown"); // of frames 0 to 9, 100 ms apart, the last stamped now
+    QTest::addColumn<int>("waiting");
+    QTest::newRow("no delay: the newest") << 0 << 9 << 0;
+    QTest::newRow("500 ms: five frames behind") << 500 << 4 << 5;
+}
+
+void tst_ProjectionWidget::shownFrameLagsByTheVideoDelay()
+{
+    QFETCH(int, delay);
+    QFETCH(int, shown);
+    QFETCH(int, waiting);
+    m_view->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 40.0}, {"video_delay", delay}});
+    placeRadar();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    for (int f = 0; f < 10; ++f)
+        feedFrame(now.addMSecs(-100 * (9 - f)), quint8(f + 1), 20.0 + f);
+    QCOMPARE(m_view->currentFrame().sortedIds, QVector<quint8>{quint8(shown + 1)});
+    QCOMPARE(m_view->bufferedFrames(), waiting);
+}
+
+void tst_ProjectionWidget::emptyFramesPileUpWhileTheModelIsInvalid()
+{
+    // No radar pose yet: the frames started meanwhile wait, empty, and all become
+    // current in turn once the model is valid.
+    for (int f = 0; f < 3; ++f)
+        feedFrame(QDateTime::currentDateTimeUtc(), 7, 20.0);
+    QCOMPARE(m_view->bufferedFrames(), 3);
+    placeRadar();
+    feedFrame(QDateTime::currentDateTimeUtc(), 7, 20.0);
+    QCOMPARE(m_view->bufferedFrames(), 0);
+    QCOMPARE(m_view->currentFrame().objects.size(), 1);
+}
+
+void tst_ProjectionWidget::offlineRadarClearsTheView()
+{
+    placeRadar();
+    for (int f = 0; f < 5; ++f)
+        feedFrame(QDateTime::currentDateTimeUtc().addMSecs(-100 * (5 - f)), 3, 20.0 + f);
+    QCOMPARE(m_view->tracks().rawTracks().value(3).size(), 5);
+    QSignalSpy sight(m_view.get(), &ProjectionWidget::sight);
+    m_view->showRadarState(IOrvexClient::Offline);
+    QVERIFY(m_view->tracks().rawTracks().isEmpty());
+    QVERIFY(m_view->currentFrame().objects.isEmpty());
+    QVERIFY(!m_view->model().isValid());
+    QVERIFY(sight.last().at(2).value<QPolygonF>().isEmpty());
+    m_view->repaint(); // nothing to draw, and no crash drawing it
+}
+
+void tst_ProjectionWidget::disabledWindowTakesNoFrames()
+{
+    placeRadar();
+    feedFrame(QDateTime::currentDateTimeUtc(), 3, 20.0);
+    m_view->setEnabled(false);
+    QVERIFY(m_view->currentFrame().objects.isEmpty());
+    feedFrame(QDateTime::currentDateTimeUtc(), 4, 21.0);
+    QCOMPARE(m_view->bufferedFrames(), 0);
+    m_view->setEnabled(true);
+    feedFrame(QDateTime::currentDateTimeUtc(), 5, 22.0);
+    QCOMPARE(m_view->currentFrame().sortedIds, QVector<quint8>{5});
+}
+
+void tst_ProjectionWidget::tracksFarOutsideThePicturePaint_data()
+{
+    QTest::addColumn<double>("y");
+    QTest::newRow("far to the left") << 400.0;
+    QTest::newRow("far to the right") << -400.0;
+    QTest::newRow("just beside the picture") << 14.0;
+}
+
+void tst_ProjectionWidget::tracksFarOutsideThePicturePaint()
+{
+    // There is no clipping to the side: such points lie far outside the window, and
+    // their tracks, squares and markers must be cut, not written beyond the picture.
+    QFETCH(double, y);
+    placeRadar();
+    m_view->setShowCurrentTracks(true);
+    m_view->setPaintObjects(true);
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    for (int f = 0; f < 6; ++f) {
+        const QDateTime t = now.addMSecs(-100 * (6 - f));
+        m_view->startFilling();
+        m_view->setFrameDateTimeUtc(t);
+        m_view->addObject(9, 1.0, 0.0, 30.0 + f, y + (f % 2) * 30.0, 4.0, t);
+        m_view->addObject(10, 1.0, 0.0, 30.0 + f, (f % 2) ? y : 0.0, 4.0, t);
+        m_view->finishFilling({9, 10});
+        m_view->repaint();
+    }
+    QCOMPARE(m_view->tracks().screenTracks().value(9).size(), 6);
+    QVERIFY(m_view->tracks().screenTracks().value(9).boundingRect().width() > 0);
+}
+
+void tst_ProjectionWidget::adjustmentButtonsMoveOneEdge()
+{
+    QWidget* panel = m_view->adjustmentWidget();
+    QVERIFY(!panel->isVisible());
+    QTest::mouseClick(m_view.get(), Qt::RightButton, {}, QPoint(400, 300));
+    QVERIFY(panel->isVisible());
+    const QRect before = m_view->geometry();
+    auto* topPlus = m_view->findChild<QPushButton*>("topPlusButton");
+    QVERIFY(topPlus);
+    for (int i = 0; i < 3; ++i)
+        topPlus->click();
+    QCOMPARE(m_view->geometry().top(), before.top() - 3);
+    QCOMPARE(m_view->geometry().bottom(), before.bottom());
+    m_view->findChild<QPushButton*>("rightMinusButton")->click();
+    QCOMPARE(m_view->geometry().right(), before.right() - 1);
+    QCOMPARE(m_view->model().width(), before.width() - 1); // the model follows the size
+    // Five seconds after the last click the panel goes.
+    QTRY_VERIFY_WITH_TIMEOUT(!panel->isVisible(), ProjectionWidget::AdjustingTimeoutMs + 2000);
+}
+
+void tst_ProjectionWidget::animationWrapsToItsNinthCell()
+{
+    QCOMPARE(m_view->animationIndex(), 0);
+    for (int i = 1; i <= 45; ++i) {
+        m_view->doUpdateAnimation();
+        QCOMPARE(m_view->animationIndex(), i < 40 ? i : i - 32); // 39, then 8, 9, ...
+    }
+}
+
+void tst_ProjectionWidget::otherPickupModesAreIgnored_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::newRow("mode 0") << 0;
+    QTest::newRow("mode 3") << 3;
+}
+
+void tst_ProjectionWidget::otherPickupModesAreIgnored()
+{
+    QFETCH(int, mode);
+    DialogAnswerer answerer({});
+    m_view->pickupParameters(mode);
+    QVERIFY(!m_view->pickup()->isPickingUp());
+    QVERIFY(answerer.titles.isEmpty());
+}
+
+void tst_ProjectionWidget::rightClickAbortsThePickup()
+{
+    placeRadar();
+    DialogAnswerer answerer({1.5, -2.0});
+    m_view->pickupParameters(1);
+    QVERIFY(m_view->pickup()->isPickingUp());
+    QCOMPARE(answerer.titles, QStringList{"Picking up parameters"});
+    QVERIFY(!m_view->model().isValid()); // the pose is zero while marking
+    mark({QPoint(100, 500), QPoint(700, 500)}, false);
+    QCOMPARE(m_view->pickup()->checkpoints().size(), 2);
+    QCOMPARE(answerer.presets, (QList<double>{0.0, 1.5})); // the second preset is the first typed
+    QTest::mouseClick(m_view.get(), Qt::RightButton, {}, QPoint(300, 300));
+    QVERIFY(!m_view->pickup()->isPickingUp());
+    QVERIFY(m_view->model().isValid());
+    QCOMPARE(m_view->radarPoseDegrees().height, 6.0);
+    QVERIFY(std::fabs(m_view->radarPoseDegrees().elevation - 10.0) < 1e-9);
+}
+
+void tst_ProjectionWidget::pickupFindsThePose_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<double>("halfAngle"); // the true one; mode 1 starts from it
+    QTest::newRow("mode 1: the fourth click searches") << 1 << 20.0;
+    QTest::newRow("mode 2: the sixth click searches") << 2 << 11.0;
+}
+
+void tst_ProjectionWidget::pickupFindsThePose()
+{
+    QFETCH(int, mode);
+    QFETCH(double, halfAngle);
+    // The operator's clicks where a radar 7 m up, 2 m left, 4 degrees to the left and
+    // 12 degrees down sees four points of the lane borders (and a 20 m segment).
+    m_view->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 2 * halfAngle}});
+    CameraModel truth = m_view->model();
+    truth.setRadarPose({7.0, 1.0, 2.0, TvmsConfig::radians(4.0), TvmsConfig::radians(12.0)});
+    QVERIFY(truth.rescale(Width, Height));
+    const QPointF a = truth.axisPoint();
+    QVector<QPoint> clicks;
+    bool ok = false;
+    const double yLeft = -1.5, yRight = 5.5; // as typed: two decimals
+    for (const QPointF& p : {QPointF(a.x() - 8, yLeft), QPointF(a.x() + 12, yLeft),
+                             QPointF(a.x() - 8, yRight), QPointF(a.x() + 12, yRight),
+                             QPointF(a.x() - 5, 2.0), QPointF(a.x() + 15, 2.0)}) {
+        clicks.append(truth.xyToScreen(p, &ok));
+        QVERIFY(ok);
+    }
+    if (mode == 1)
+        clicks.resize(4);
+
+    m_view->showPosition(6.0, 1.0, -2.0, 3.0, 10.0, 0.0, true); // the pose before
+    QSignalSpy picked(m_view.get(), &ProjectionWidget::pickedRadarPosition);
+    DialogAnswerer answerer({yLeft, yLeft, yRight, yRight, 20.0});
+    m_view->pickupParameters(mode);
+    mark(clicks);
+    QCOMPARE(answerer.presets.mid(0, 3), (QList<double>{0.0, yLeft, yLeft}));
+    QCOMPARE(picked.count(), 1);
+    // Height, X (not searched), Y, azimuth, elevation, roll (always 0).
+    const double truthPose[] = {7.0, 1.0, 2.0, 4.0, 12.0, 0.0};
+    const double play[] = {0.3, 0.0, 0.3, 0.5, 0.3, 0.0};
+    for (int i = 0; i < 6; ++i)
+        QVERIFY2(std::fabs(picked.first().at(i).toDouble() - truthPose[i]) <= play[i],
+                 qPrintable(picked.first().at(i).toString()));
+    QCOMPARE(answerer.titles.last(), QString("Picked parameters"));
+    QVERIFY(answerer.texts.last().startsWith(
+        "Picked radar position is written into the 'Set radar position' control.\n"));
+    QCOMPARE(answerer.texts.last().contains("Camera horizontal view angle is"), mode == 2);
+    QVERIFY(answerer.details.last().contains("Checkpoint #4"));
+    QCOMPARE(answerer.details.last().contains("Line segment"), mode == 2);
+    // The view returns to the pose it had; the picked one comes back through the radar.
+    QCOMPARE(m_view->radarPoseDegrees().height, 6.0);
+    QVERIFY(std::fabs(m_view->halfViewAngleDegrees() - halfAngle) < 1e-9);
+    QVERIFY(m_view->model().isValid());
+}
+
+void tst_ProjectionWidget::badClicksEndCleanly_data()
+{
+    QTest::addColumn<QVector<QPoint>>("clicks");
+    QTest::newRow("the window's corners")
+        << QVector<QPoint>{{0, 0}, {Width - 1, 0}, {0, Height - 1}, {Width - 1, Height - 1}};
+    QTest::newRow("all on the top edge, where the horizon may lie")
+        << QVector<QPoint>{{10, 0}, {200, 0}, {500, 0}, {790, 0}};
+    QTest::newRow("one point four times") << QVector<QPoint>(4, QPoint(400, 500));
+}
+
+void tst_ProjectionWidget::badClicksEndCleanly()
+{
+    QFETCH(QVector<QPoint>, clicks);
+    placeRadar();
+    DialogAnswerer answerer({3.0, -3.0, 3.0, -3.0});
+    m_view->pickupParameters(1);
+    mark(clicks);
+    // Found or not, a report came and the pose is back.
+    QCOMPARE(answerer.titles.last(), QString("Picked parameters"));
+    QCOMPARE(m_view->radarPoseDegrees().height, 6.0);
+    QVERIFY(m_view->model().isValid());
+    QVERIFY(!m_view->pickup()->isComputing());
+}
+
+void tst_ProjectionWidget::interruptedSearchRestoresThePose_data()
+{
+    QTest::addColumn<bool>("closeWindow");
+    QTest::newRow("radar goes offline") << false;
+    QTest::newRow("window closes") << true;
+}
+
+void tst_ProjectionWidget::interruptedSearchRestoresThePose()
+{
+    QFETCH(bool, closeWindow);
+    placeRadar();
+    DialogAnswerer answerer({-3.0, -3.0, 3.0, 3.0, 20.0});
+    QSignalSpy finished(m_view->pickup(), &ProjectionPickup::searchFinished);
+    // Once the search runs, the radar drops out or the operator closes the window.
+    QTimer interrupt;
+    connect(&interrupt, &QTimer::timeout, this, [&] {
+        if (!m_view->isAnimating())
+            return;
+        interrupt.stop();
+        if (closeWindow)
+            m_view->close();
+        else
+            m_view->showRadarState(IOrvexClient::Offline);
+    });
+    interrupt.start(1);
+    m_view->pickupParameters(2);
+    mark({{100, 550}, {300, 400}, {700, 550}, {500, 400}, {400, 580}, {400, 350}});
+    QCOMPARE(finished.count(), 1);
+    QVERIFY(!interrupt.isActive());
+    const int reports = answerer.titles.count("Picked parameters");
+    QCOMPARE(reports, closeWindow ? 0 : 1); // a closed window reports nothing
+    QCOMPARE(m_view->radarPoseDegrees().height, 6.0);
+    QVERIFY(!m_view->pickup()->isPickingUp());
+}
+
+QTEST_MAIN(tst_ProjectionWidget)
+#include "tst_projectionwidget.moc"

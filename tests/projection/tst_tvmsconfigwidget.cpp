@@ -1,0 +1,131 @@
+#include "questionanswerer.h"
+#include "tvmsconfigwidget.h"
+
+#include <QDialogButtonBox>
+#include <QDoubleSpinBox>
+#include <QPushButton>
+#include <QJsonObject>
+#include <QSpinBox>
+#include <QtTest>
+
+// The camera configuration editor: the configuration a profile without one gets,
+// stored values clamped by the controls, the question on closing over unapplied
+// edits, and the echo of its own publication.
+class tst_TvmsConfigWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { m_editor = std::make_unique<TvmsConfigWidget>(); }
+    void cleanup() { m_editor.reset(); }
+
+    void emptyConfigurationGetsTheDefaults();
+    void storedValuesAreClamped_data();
+    void storedValuesAreClamped();
+    void closingOverEditsAsks_data();
+    void closingOverEditsAsks();
+    void showingAgainDropsUnappliedEdits();
+
+private:
+    QDoubleSpinBox* spin(const char* name) const
+    {
+        return m_editor->findChild<QDoubleSpinBox*>(name);
+    }
+    std::unique_ptr<TvmsConfigWidget> m_editor;
+};
+
+void tst_TvmsConfigWidget::emptyConfigurationGetsTheDefaults()
+{
+    QSignalSpy published(m_editor.get(), &TvmsConfigWidget::tvmsConfigChanged);
+    m_editor->setTvmsConfig(QJsonObject());
+    QCOMPARE(published.count(), 1);
+    const QJsonObject expected{{"x_offset", 0.0},
+                               {"y_offset", 0.0},
+                               {"z_offset", 0.1},
+                               {"azimuth_misalignment", 0.0},
+                               {"altitude_misalignment", 0.0},
+                               {"horizontal_view_angle", 12.0},
+                               {"video_delay", 0}};
+    QCOMPARE(published.first().first().toJsonObject(), expected);
+}
+
+void tst_TvmsConfigWidget::storedValuesAreClamped_data()
+{
+    QTest::addColumn<QJsonObject>("stored");
+    QTest::addColumn<double>("viewAngle");
+    QTest::addColumn<double>("xOffset");
+    QTest::addColumn<int>("delay");
+    QTest::newRow("view angle 120 shows as 90")
+        << QJsonObject{{"horizontal_view_angle", 120}} << 90.0 << 0.0 << 0;
+    QTest::newRow("negative and huge values")
+        << QJsonObject{{"horizontal_view_angle", -5}, {"x_offset", -1e300}, {"video_delay", 1e9}}
+        << 1.0 << -1.0 << 3000;
+    QTest::newRow("non-numeric values read as 0")
+        << QJsonObject{{"horizontal_view_angle", "wide"}, {"x_offset", "x"}, {"video_delay", "late"}}
+        << 1.0 << 0.0 << 0;
+}
+
+void tst_TvmsConfigWidget::storedValuesAreClamped()
+{
+    QFETCH(QJsonObject, stored);
+    QFETCH(double, viewAngle);
+    QFETCH(double, xOffset);
+    QFETCH(int, delay);
+    m_editor->setTvmsConfig(stored);
+    // As in the main window, the published configuration comes straight back: ignored.
+    connect(m_editor.get(), &TvmsConfigWidget::tvmsConfigChanged, m_editor.get(),
+            &TvmsConfigWidget::setTvmsConfig);
+    m_editor->show();
+    QCOMPARE(spin("horizontalViewAngleSpin")->value(), viewAngle);
+    QCOMPARE(spin("xOffsetSpin")->value(), xOffset);
+    QCOMPARE(m_editor->findChild<QSpinBox*>("videoDelaySpin")->value(), delay);
+    QVERIFY(!m_editor->isConfigChanged());
+    QSignalSpy published(m_editor.get(), &TvmsConfigWidget::tvmsConfigChanged);
+    auto* box = m_editor->findChild<QDialogButtonBox*>("tvmsConfigButtonBox");
+    box->button(QDialogButtonBox::Apply)->click();
+    QCOMPARE(published.count(), 1);
+    QCOMPARE(published.first().first().toJsonObject().value("horizontal_view_angle").toDouble(),
+             viewAngle);
+}
+
+void tst_TvmsConfigWidget::closingOverEditsAsks_data()
+{
+    QTest::addColumn<int>("answer");
+    QTest::newRow("No keeps the window and the edit") << int(QMessageBox::No);
+    QTest::newRow("Yes closes") << int(QMessageBox::Yes);
+}
+
+void tst_TvmsConfigWidget::closingOverEditsAsks()
+{
+    QFETCH(int, answer);
+    m_editor->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 30}});
+    m_editor->show();
+    spin("zOffsetSpin")->setValue(0.5);
+    QVERIFY(m_editor->isConfigChanged());
+    QuestionAnswerer answerer{QMessageBox::StandardButton(answer)};
+    m_editor->close();
+    QCOMPARE(answerer.count, 1);
+    QCOMPARE(answerer.text, QString("All unsaved data will be lost. Continue?"));
+    QCOMPARE(m_editor->isVisible(), answer == QMessageBox::No);
+    if (answer == QMessageBox::No)
+        QCOMPARE(spin("zOffsetSpin")->value(), 0.5);
+}
+
+void tst_TvmsConfigWidget::showingAgainDropsUnappliedEdits()
+{
+    m_editor->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 30}, {"z_offset", -0.2}});
+    m_editor->show();
+    spin("horizontalViewAngleSpin")->setValue(45);
+    m_editor->hide();
+    m_editor->show();
+    QCOMPARE(spin("horizontalViewAngleSpin")->value(), 30.0);
+    QCOMPARE(spin("zOffsetSpin")->value(), -0.2);
+    // Closing without an edit asks nothing.
+    QuestionAnswerer answerer(QMessageBox::No);
+    m_editor->close();
+    QCOMPARE(answerer.count, 0);
+    QVERIFY(!m_editor->isVisible());
+}
+
+QTEST_MAIN(tst_TvmsConfigWidget)
+#include "tst_tvmsconfigwidget.moc"
