@@ -65,10 +65,10 @@ PickupSearch::PickupSearch(const CameraModel& model, int mode,
 
 bool PickupSearch::run()
 {
-    if (!search(false) || !search(true))
-        return false;
-    // No pose put every mark on the road: nothing was found, whatever sorted first.
-    return score(m_best) < WorstScore;
+    // Poses that leave a mark at or above the horizon score worst and sort last, but
+    // they stay candidates: a search whose every pose does so still ends with one,
+    // and the report's details then tell the operator that no mark lies on the road.
+    return search(false) && search(true);
 }
 
 const CameraModel& PickupSearch::modelFor(const PickupParams& pose)
