@@ -164,17 +164,17 @@ void tst_RoadConfigWidget::loadAndApply_data()
     // lanes and twenty sections are kept.
     QJsonObject parts{{"13", QJsonObject{{"width", 1.25}}}};
     QJsonArray sections;
-    QString written = "@0 -1..11: 2 0";
+    QString lanes, lengths;
     for (int n = 1; n <= 25; ++n) {
         if (n <= 12)
             parts.insert(QString::number(n), QJsonObject{{"width", 0.25 * n}, {"is_lane", true}});
-        written += n <= 10 ? QString(" %1*").arg(0.25 * n) : n == 11 ? " 1.25 |" : "";
+        lanes += n <= 10 ? QString(" %1*").arg(0.25 * n) : QString();
+        lengths += n <= 20 ? QString(" %1").arg(n) : QString();
         sections.append(QJsonObject{{"length", n}});
     }
-    for (int n = 1; n <= 20; ++n)
-        written += QString(" %1").arg(n);
     QTest::newRow("more lanes and sections than rows are cut")
-        << QJsonObject{{"parts", parts}, {"sections", sections}} << written;
+        << QJsonObject{{"parts", parts}, {"sections", sections}}
+        << "@0 -1..11: 2 0" + lanes + " 1.25 |" + lengths;
 }
 
 void tst_RoadConfigWidget::loadAndApply()
