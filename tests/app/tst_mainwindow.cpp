@@ -9,14 +9,12 @@
 #include "testrecords.h"
 #include "workprofilehandler.h"
 
-#include <QActionGroup>
+#include <QAction>
 #include <QGroupBox>
 #include <QInputDialog>
 #include <QJsonDocument>
-#include <QMenuBar>
-#include <QMessageBox>
+#include <QMenu>
 #include <QPointer>
-#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -32,28 +30,29 @@ private slots:
     void init();
     void cleanup();
 
-    void startsFromTheProfile();
-    void columnsFollowTheTableAndOrientation_data();
-    void columnsFollowTheTableAndOrientation();
-    void hidingBoxesHidesColumns();
+    void clientFollowsTheProfile();
+    void layout_data();
+    void layout();
     void collapseRoundTripsThroughTheProfile();
     void profileApplicationLaysOutOnce();
-    void protocolSwitchReplacesTheClient();
     void emptyServerAddressIsStored();
-    void unrequestedHardwareInfoOpensNoMessageBox();
+    void requestedResults_data();
+    void requestedResults();
     void imitatorModeSwapsTheSchemeForItsSpeed();
     void closingSavesTheProfiles();
     void keepsTheOperatorsSize();
 
 private:
-    void writeSettings(const QJsonObject& profile);
-    // The window on the default profile, pointed at the loopback server, shown.
-    bool openWindow();
+    // The window on the default profile, pointed at the loopback server; shown unless
+    // the size is empty.
+    bool openWindow(const QSize& size = QSize(1200, 800));
+    bool openConnectedWindow();
     // A value of the current profile by its slash-separated path.
     QJsonValue profileValue(const QString& path) const;
     bool waitForLayout();
-    QAction* menuAction(const QString& menu, const QString& text) const;
-    QWidget* child(const char* name) const { return m_window->findChild<QWidget*>(name); }
+    QAction* menuAction(const QString& text) const;
+    QAction* controlAction(int control) const;
+    QWidget* child(const QString& name) const { return m_window->findChild<QWidget*>(name); }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_previousDir;
@@ -78,29 +77,30 @@ void tst_MainWindow::cleanup()
     m_dir.reset();
 }
 
-void tst_MainWindow::writeSettings(const QJsonObject& changes)
+bool tst_MainWindow::openWindow(const QSize& size)
 {
-    // The default profile, pointed at the loopback server, with the given changes.
     QJsonObject profile = WorkProfileHandler::defaultProfile();
     QJsonObject connection = profile.value("connection").toObject();
     connection.insert("radar_server_url", m_server->url().toString());
     profile.insert("connection", connection);
-    for (auto it = changes.begin(); it != changes.end(); ++it)
-        profile.insert(it.key(), it.value());
     QFile file(WorkProfileHandler::SettingsFilePath);
-    QVERIFY(file.open(QIODevice::WriteOnly));
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
     file.write(
         QJsonDocument(QJsonObject{{"profiles", QJsonArray{profile}}, {"current_id", 0}}).toJson());
-}
-
-bool tst_MainWindow::openWindow()
-{
-    writeSettings({});
-    if (QTest::currentTestFailed())
-        return false;
+    file.close();
     m_window = std::make_unique<MainWindow>();
+    if (size.isEmpty())
+        return true;
+    m_window->resize(size);
     m_window->show();
     return QTest::qWaitForWindowExposed(m_window.get());
+}
+
+bool tst_MainWindow::openConnectedWindow()
+{
+    return openWindow() && m_server->waitForClient()
+           && QTest::qWaitFor([this] { return m_window->radarClient()->isConnected(); });
 }
 
 QJsonValue tst_MainWindow::profileValue(const QString& path) const
@@ -118,144 +118,91 @@ bool tst_MainWindow::waitForLayout()
     return QTest::qWaitFor([this] { return !m_window->isLayoutPending(); });
 }
 
-QAction* tst_MainWindow::menuAction(const QString& menu, const QString& text) const
+QAction* tst_MainWindow::menuAction(const QString& text) const
 {
-    for (QAction* top : m_window->menuBar()->actions()) {
-        if (top->text() != menu || !top->menu())
-            continue;
-        QList<QMenu*> menus{top->menu()};
-        while (!menus.isEmpty()) {
-            QMenu* m = menus.takeFirst();
-            for (QAction* action : m->actions()) {
-                if (action->text() == text)
-                    return action;
-                if (action->menu())
-                    menus.append(action->menu());
-            }
-        }
+    for (QAction* action : m_window->findChildren<QAction*>()) {
+        if (action->text() == text)
+            return action;
     }
     return nullptr;
 }
 
-void tst_MainWindow::startsFromTheProfile()
+QAction* tst_MainWindow::controlAction(int control) const
 {
-    writeSettings({});
-    m_window = std::make_unique<MainWindow>();
-    QCOMPARE(m_window->windowTitle(), QString("Dunvel Orvex Road App — Default profile"));
-    QCOMPARE(m_window->font().family(), QString("Sans"));
-    QVERIFY(qobject_cast<OrvexSerialDunvelProtocolClient*>(m_window->radarClient()));
-    QVERIFY(m_server->waitForClient());
-    QCOMPARE(m_window->radarClient()->serverUrl(), m_server->url());
-
-    // Forcing is on in the default profile: the server hears the protocol at connect.
-    QTRY_COMPARE(m_server->textMessages.size(), 1);
-    QCOMPARE(QJsonDocument::fromJson(m_server->textMessages.first().toUtf8()).object(),
-             (QJsonObject{{"command", 2}, {"radar_protocol", 0}}));
-
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-    QTRY_VERIFY(child("objectsMetaWidget")->isVisible());
-    QVERIFY(child("roadObjectsBox")->isVisible());
-    QVERIFY(!child("imitatorObjectBox")->isVisible()); // imitator off
-    QVERIFY(!child("objectsTableBox")->isVisible());
-    QVERIFY(child("controlsWidget")->isVisible());
-    // Ticks follow the profile.
-    QVERIFY(menuAction("&Protocol", "&0. Serial, type D (SerD)")->isChecked());
-    QVERIFY(menuAction("&Protocol", "&Force server to change protocol")->isChecked());
-    QVERIFY(!menuAction("&View", "Road &objects")->isChecked());
-    QVERIFY(menuAction("&View", "Send &commands")->isChecked());
-    QVERIFY(menuAction("&View", "&Paint objects in different colors")->isChecked());
-    // Controls 1 and 3 were forced visible into the profile at start-up.
-    QVERIFY(profileValue("view/controls/1/visible").toBool());
-    QVERIFY(profileValue("view/controls/3/visible").toBool());
+    for (QAction* action : menuAction("Visible &controls")->menu()->actions()) {
+        if (action->isCheckable() && action->data().toInt() == control)
+            return action;
+    }
+    return nullptr;
 }
 
-void tst_MainWindow::columnsFollowTheTableAndOrientation_data()
+void tst_MainWindow::layout_data()
 {
     QTest::addColumn<bool>("vertical");
     QTest::addColumn<bool>("table");
-    QTest::addColumn<int>("height");
+    QTest::addColumn<QList<int>>("hidden"); // boxes the operator hides through the menu
     QTest::addColumn<int>("columns");
+    QTest::addColumn<QString>("shown"); // the columns of boxes shown
 
     // The boxes are short while the panels are empty: a tall window has room for the
     // boxes of column 2 under those of column 1.
-    QTest::newRow("vertical, tall window: one column") << true << false << 800 << 1;
-    QTest::newRow("vertical, table shown: two columns") << true << true << 800 << 2;
-    QTest::newRow("horizontal: three columns") << false << false << 800 << 3;
-    QTest::newRow("horizontal, table shown: two columns") << false << true << 800 << 2;
+    const QList<int> none;
+    QTest::newRow("vertical, tall window: one column") << true << false << none << 1 << "1";
+    QTest::newRow("vertical, table shown: two columns") << true << true << none << 2 << "12";
+    QTest::newRow("horizontal: three columns") << false << false << none << 3 << "123";
+    QTest::newRow("horizontal, table shown: two columns") << false << true << none << 2 << "12";
+    QList<int> boxes{ConfigureLimitationsControl};
+    QTest::newRow("limitations hidden: their column too") << false << false << boxes << 3 << "13";
+    boxes << GeneralInfoControl << SendCommandsControl << FineTuningControl
+          << SaveAndRestartControl;
+    QTest::newRow("radar position alone: the last column only")
+        << false << false << boxes << 3 << "3";
+    QTest::newRow("every box hidden: no controls at all")
+        << false << false << (boxes << SetRadarPositionControl) << 3 << "";
 }
 
-void tst_MainWindow::columnsFollowTheTableAndOrientation()
+void tst_MainWindow::layout()
 {
     QFETCH(bool, vertical);
     QFETCH(bool, table);
-    QFETCH(int, height);
+    QFETCH(QList<int>, hidden);
     QFETCH(int, columns);
+    QFETCH(QString, shown);
 
-    writeSettings({});
-    m_window = std::make_unique<MainWindow>();
-    m_window->resize(1200, height);
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-    WorkProfileHandler* handler = m_window->profileHandler();
-    handler->setDrawVertical(vertical);
-    handler->setControlVisible(ObjectsTableControl, table);
+    QVERIFY(openWindow());
+    m_window->profileHandler()->setDrawVertical(vertical);
+    if (table)
+        controlAction(ObjectsTableControl)->trigger();
+    for (int control : hidden)
+        controlAction(control)->trigger();
     QVERIFY(waitForLayout());
+    for (int control : hidden)
+        QCOMPARE(profileValue(QString("view/controls/%1/visible").arg(control)).toBool(), false);
     QCOMPARE(m_window->columnCount(), columns);
+    QString columnsShown;
+    for (const char* column : {"1", "2", "3"})
+        columnsShown += child(QString("column%1Widget").arg(column))->isVisible() ? column : "";
+    QCOMPARE(columnsShown, shown);
+    QCOMPARE(child("controlsWidget")->isVisible(), !shown.isEmpty());
+    QCOMPARE(child("spacer0Widget")->isVisible(), !shown.isEmpty() && vertical == table);
     QCOMPARE(child("objectsTableBox")->isVisible(), table);
-    QCOMPARE(menuAction("&View", "Road &objects")->isChecked(), table);
+    QCOMPARE(controlAction(ObjectsTableControl)->isChecked(), table);
     QVERIFY(child("objectsMetaWidget")->isVisible());
     QCOMPARE(child("objectsMetaWidget")->maximumSize(), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
-    // Where the scheme and the table sit: vertically the scheme stands left of the
-    // controls and the table above them; horizontally the scheme lies across the top
-    // and the table left of the controls.
+    if (shown.isEmpty())
+        return;
+    // Vertically the scheme stands left of the controls and the table above them;
+    // horizontally the scheme lies across the top and the table left of the controls.
     auto at = [this](const char* name) {
         QWidget* w = child(name);
         return QRect(w->mapTo(m_window.get(), QPoint(0, 0)), w->size());
     };
     const QRect area = at("objectsMetaWidget");
     const QRect controls = at("controlsWidget");
-    if (vertical)
-        QVERIFY(area.right() < controls.left());
-    else
-        QVERIFY(area.bottom() < controls.top());
-    if (table) {
-        const QRect box = at("objectsTableBox");
-        if (vertical)
-            QVERIFY(box.bottom() < controls.top());
-        else
-            QVERIFY(box.right() < controls.left());
-    }
-}
-
-void tst_MainWindow::hidingBoxesHidesColumns()
-{
-    QVERIFY(openWindow());
-    WorkProfileHandler* handler = m_window->profileHandler();
-    handler->setDrawVertical(false); // three columns: column 2 holds the limitations
-    QVERIFY(waitForLayout());
-    QCOMPARE(m_window->columnCount(), 3);
-
-    // Through the menu, as the operator does it.
-    QAction* limitations = menuAction("&View", "Configure &limitations");
-    limitations->trigger();
-    QVERIFY(waitForLayout());
-    QVERIFY(!child("column2Widget")->isVisible());
-    QVERIFY(child("column1Widget")->isVisible());
-    QCOMPARE(profileValue("view/controls/5/visible").toBool(), false);
-
-    for (int control : {GeneralInfoControl, SendCommandsControl, FineTuningControl,
-                        SetRadarPositionControl, SaveAndRestartControl})
-        handler->setControlVisible(control, false);
-    QVERIFY(waitForLayout());
-    QVERIFY(!child("controlsWidget")->isVisible());
-    QVERIFY(!child("spacer0Widget")->isVisible());
-
-    handler->setControlVisible(SetRadarPositionControl, true);
-    QVERIFY(waitForLayout());
-    QVERIFY(child("controlsWidget")->isVisible());
-    QVERIFY(child("column3Widget")->isVisible());
-    QVERIFY(!child("column1Widget")->isVisible());
+    const QRect box = at("objectsTableBox");
+    QVERIFY(vertical ? area.right() < controls.left() : area.bottom() < controls.top());
+    if (table)
+        QVERIFY(vertical ? box.bottom() < controls.top() : box.right() < controls.left());
 }
 
 void tst_MainWindow::collapseRoundTripsThroughTheProfile()
@@ -263,18 +210,14 @@ void tst_MainWindow::collapseRoundTripsThroughTheProfile()
     QVERIFY(openWindow());
     QVERIFY(waitForLayout());
     auto* box = m_window->findChild<CollapsibleGroupBox*>("sendCommandsBox");
-    QVERIFY(box && !box->isCollapsed());
-
+    QVERIFY(!box->isCollapsed());
     // A click on the title asks the profile, which collapses the box.
-    const QPoint title = box->titleArea().center();
-    QTest::mouseClick(box, Qt::LeftButton, {}, title);
+    QTest::mouseClick(box, Qt::LeftButton, {}, box->titleArea().center());
     QVERIFY(box->isCollapsed());
     QCOMPARE(profileValue("view/controls/4/collapsed").toBool(), true);
-
     // Another profile expands it, switching back collapses it again.
     WorkProfileHandler* handler = m_window->profileHandler();
-    const int second = handler->appendProfile(-1);
-    handler->applyProfile(second);
+    handler->applyProfile(handler->appendProfile(-1));
     QVERIFY(!box->isCollapsed());
     handler->applyProfile(0);
     QVERIFY(box->isCollapsed());
@@ -283,65 +226,52 @@ void tst_MainWindow::collapseRoundTripsThroughTheProfile()
 void tst_MainWindow::profileApplicationLaysOutOnce()
 {
     QVERIFY(openWindow());
-    QVERIFY(waitForLayout());
-
-    // A re-layout starts by hiding and shrinking the scheme area; count how often that
-    // happens while a profile with many changes is applied, and after it.
     WorkProfileHandler* handler = m_window->profileHandler();
     const int second = handler->appendProfile(-1);
     handler->setDrawVertical(false); // the second profile differs from the first
     QVERIFY(waitForLayout());
-
+    // A re-layout starts by hiding the scheme area: it stays shown while the profile's
+    // values arrive, and the end of the profile lays the window out.
     QWidget* area = child("objectsMetaWidget");
-    int shrinksDuringApply = 0;
-    int shrinksAfterApply = 0;
-    bool applying = false;
+    bool shownWhileApplying = false;
     QObject ctx;
-    connect(handler, &WorkProfileHandler::applyingProfileStarted, &ctx, [&] { applying = true; });
     // The last value of a profile; the window's own handler of the end follows.
     connect(handler, &WorkProfileHandler::limitationsPresetsChanged, &ctx,
-            [&] { applying = false; });
-    struct Watch : QObject
-    {
-        std::function<void()> onHide;
-        bool eventFilter(QObject*, QEvent* e) override
-        {
-            if (e->type() == QEvent::Hide)
-                onHide();
-            return false;
-        }
-    } watch;
-    watch.onHide = [&] { (applying ? shrinksDuringApply : shrinksAfterApply)++; };
-    area->installEventFilter(&watch);
-
+            [&] { shownWhileApplying = area->isVisible(); });
     handler->applyProfile(second);
+    QVERIFY(shownWhileApplying);
+    QVERIFY(!area->isVisible() && m_window->isLayoutPending());
     QVERIFY(waitForLayout());
-    QCOMPARE(shrinksDuringApply, 0);
-    QCOMPARE(shrinksAfterApply, 1);
     QVERIFY(area->isVisible());
 }
 
-void tst_MainWindow::protocolSwitchReplacesTheClient()
+void tst_MainWindow::clientFollowsTheProfile()
 {
-    writeSettings({});
-    m_window = std::make_unique<MainWindow>();
-    QVERIFY(m_server->waitForClient());
-    QTRY_VERIFY(m_window->radarClient()->isConnected());
-    // The first client's own protocol request must be in before counting.
-    QTRY_COMPARE(m_server->textMessages.size(), 1);
+    QVERIFY(openWindow(QSize()));
+    QCOMPARE(m_window->windowTitle(), QString("Dunvel Orvex Road App — Default profile"));
+    QVERIFY(menuAction("&Paint objects in different colors")->isChecked());
+    // The scheme and the imitator's speed were forced visible into the profile.
+    QVERIFY(profileValue("view/controls/1/visible").toBool());
+    QVERIFY(profileValue("view/controls/3/visible").toBool());
+    // SerD with forcing on: the server hears the protocol as the client connects.
     QPointer<IOrvexClient> old = m_window->radarClient();
+    QVERIFY(qobject_cast<OrvexSerialDunvelProtocolClient*>(old));
+    QVERIFY(menuAction("&0. Serial, type D (SerD)")->isChecked());
+    QVERIFY(m_server->waitForClient());
+    QCOMPARE(old->serverUrl(), m_server->url());
+    QTRY_COMPARE(m_server->textMessages.size(), 1);
+    QCOMPARE(QJsonDocument::fromJson(m_server->textMessages.first().toUtf8()).object(),
+             (QJsonObject{{"command", 2}, {"radar_protocol", 0}}));
+
+    // Another protocol: a new client on the same address, the old one deleted later.
     QSignalSpy texts(m_server.get(), &LoopbackServer::textReceived);
     const int connections = m_server->connectionCount;
-
-    menuAction("&Protocol", "&1. Serial, type P (SerP)")->trigger();
+    menuAction("&1. Serial, type P (SerP)")->trigger();
     IOrvexClient* replacement = m_window->radarClient();
     QVERIFY(qobject_cast<OrvexSerialPakorProtocolClient*>(replacement));
-    QVERIFY(old); // deleted later, never at once
+    QVERIFY(old);
     QTRY_VERIFY(old.isNull());
     QCOMPARE(profileValue("connection/radar_protocol").toInt(), 1);
-    QVERIFY(menuAction("&Protocol", "&1. Serial, type P (SerP)")->isChecked());
-
-    // The same address again, and the server is told to switch on connecting.
     QTRY_COMPARE(m_server->connectionCount, connections + 1);
     QCOMPARE(replacement->serverUrl(), m_server->url());
     QTRY_COMPARE(texts.count(), 1);
@@ -349,110 +279,104 @@ void tst_MainWindow::protocolSwitchReplacesTheClient()
              (QJsonObject{{"command", 2}, {"radar_protocol", 1}}));
 
     // Without forcing nothing is sent.
-    menuAction("&Protocol", "&Force server to change protocol")->trigger();
+    menuAction("&Force server to change protocol")->trigger();
     QCOMPARE(profileValue("connection/protocol_forcing").toBool(), false);
     texts.clear();
-    menuAction("&Protocol", "&0. Serial, type D (SerD)")->trigger();
+    menuAction("&0. Serial, type D (SerD)")->trigger();
     QTRY_COMPARE(m_server->connectionCount, connections + 2);
-    QVERIFY(!texts.wait(300));
+    QVERIFY(!QTest::qWaitFor([&texts] { return !texts.isEmpty(); }, 300));
 }
 
 void tst_MainWindow::emptyServerAddressIsStored()
 {
-    QVERIFY(openWindow());
-    QVERIFY(m_server->waitForClient());
-
-    // Answer the address dialog with an empty field.
-    QString dialogTitle;
-    QTimer::singleShot(0, this, [&dialogTitle] {
-        auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
-        QVERIFY(dialog);
-        dialogTitle = dialog->windowTitle();
-        dialog->setTextValue(QString());
-        dialog->accept();
-    });
-    menuAction("&Server", "&Choose radar server")->trigger();
-    QCOMPARE(dialogTitle, QString("Radar server — Default profile"));
+    QVERIFY(openConnectedWindow());
+    // Answers the address dialog with the text, confirming or cancelling.
+    auto answer = [this](const QString& text, bool confirm) {
+        QTimer::singleShot(0, this, [text, confirm] {
+            auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            QCOMPARE(dialog->windowTitle(), QString("Radar server — Default profile"));
+            dialog->setTextValue(text);
+            confirm ? dialog->accept() : dialog->reject();
+        });
+        menuAction("&Choose radar server")->trigger();
+    };
+    answer(QString(), true);
     QCOMPARE(profileValue("connection/radar_server_url").toString(), QString());
     // The old link is gone and no new one can be made.
     QVERIFY(!m_window->radarClient()->isConnected());
     QTRY_COMPARE(m_server->client(), nullptr);
-
     // Cancelling changes nothing.
-    QTimer::singleShot(0, this, [] {
-        if (auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget())) {
-            dialog->setTextValue("ws://somewhere/");
-            dialog->reject();
-        }
-    });
-    menuAction("&Server", "&Choose radar server")->trigger();
+    answer("ws://somewhere/", false);
     QCOMPARE(profileValue("connection/radar_server_url").toString(), QString());
 }
 
-void tst_MainWindow::unrequestedHardwareInfoOpensNoMessageBox()
+// The radar's hardware name "SIMRADAR" in four frames on the SerD response id: response
+// codes 0x6A to 0x6D, then up to six characters each, the first in the lowest byte.
+static const QByteArray HardwareInfo
+    = TestRecords::frame(0x500, 0x4441524D4953006A) + TestRecords::frame(0x500, 0x5241006B)
+      + TestRecords::frame(0x500, 0x6C) + TestRecords::frame(0x500, 0x6D);
+
+void tst_MainWindow::requestedResults_data()
 {
-    QVERIFY(openWindow());
-    QVERIFY(m_server->waitForClient());
-    QTRY_VERIFY(m_window->radarClient()->isConnected());
+    QTest::addColumn<bool>("request");
+    QTest::addColumn<bool>("radarStops");
+    QTest::addColumn<int>("boxes");
+    QTest::newRow("answers nobody asked for open no box") << false << false << 0;
+    QTest::newRow("the operator's request opens one box, once") << true << false << 1;
+    QTest::newRow("a request is forgotten when the radar stops") << true << true << 0;
+}
 
-    // Four hardware-information frames ("SIMRADAR") on the SerD response id.
-    auto infoFrames = [] {
-        QByteArray frames;
-        const QByteArray text("SIMRADAR");
-        for (int f = 0; f < 4; ++f) {
-            quint64 payload = quint16(0x6A + f);
-            for (int i = 0; i < 6 && f * 6 + i < text.size(); ++i)
-                payload |= quint64(quint8(text.at(f * 6 + i))) << (16 + 8 * i);
-            frames += TestRecords::frame(0x500, payload);
-        }
-        return frames;
-    };
-    auto* client = m_window->radarClient();
+void tst_MainWindow::requestedResults()
+{
+    QFETCH(bool, request);
+    QFETCH(bool, radarStops);
+    QFETCH(int, boxes);
+    QVERIFY(openConnectedWindow());
+    IOrvexClient* client = m_window->radarClient();
     QSignalSpy info(client, &IOrvexClient::hardwareInfo);
-    m_server->sendBinary(infoFrames());
-    QVERIFY(info.wait());
-    // The window's handler is queued: give it its turn; no box may open.
-    {
-        QuestionAnswerer answerer(QMessageBox::Ok);
-        QVERIFY(!QTest::qWaitFor([&answerer] { return answerer.count > 0; }, 300));
-    }
-
-    // Asked for by the operator, the answer shows in a message box, once.
-    m_window->onWindowedCommandRequested(IOrvexClient::CmdGetHardwareInfo);
+    QSignalSpy states(client, &IOrvexClient::radarStateChanged);
     QuestionAnswerer answerer(QMessageBox::Ok);
-    m_server->sendBinary(infoFrames());
-    QTRY_COMPARE(answerer.count, 1);
-    QCOMPARE(answerer.title, QString("Hardware info"));
-    QCOMPARE(answerer.text, QString("SIMRADAR"));
-    m_server->sendBinary(infoFrames());
-    QVERIFY(info.wait());
-    QVERIFY(!QTest::qWaitFor([&answerer] { return answerer.count > 1; }, 300));
+    auto answers = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            m_server->sendBinary(HardwareInfo);
+            QVERIFY(info.wait());
+        }
+        // The window's handler is queued: give it its turn.
+        QVERIFY(!QTest::qWaitFor([&] { return answerer.count > boxes; }, 300));
+    };
+    answers(3); // the third message in a row puts the radar online, busy
+    QCOMPARE(answerer.count, 0);
+    QCOMPARE(states.count(), 1);
+    if (request)
+        m_window->onWindowedCommandRequested(IOrvexClient::CmdGetHardwareInfo);
+    if (radarStops) // two seconds without a message
+        QVERIFY(states.wait(IOrvexClient::RadarOfflineTimeoutMs + 1000));
+    answers(2);
+    QCOMPARE(answerer.count, boxes);
+    if (boxes > 0)
+        QCOMPARE(answerer.title + ": " + answerer.text, QString("Hardware info: SIMRADAR"));
 }
 
 void tst_MainWindow::imitatorModeSwapsTheSchemeForItsSpeed()
 {
-    QVERIFY(openWindow());
-    QVERIFY(m_server->waitForClient());
-    QTRY_VERIFY(m_window->radarClient()->isConnected());
+    QVERIFY(openConnectedWindow());
     auto* imitatorBox = m_window->findChild<QGroupBox*>("imitatorObjectBox");
-    auto* schemeBox = m_window->findChild<QGroupBox*>("roadObjectsBox");
-
-    // The radar answers a read of its imitator mode (group 151, parameter 0): type 2.
-    auto imitatorMode = [](quint32 mode) {
-        return TestRecords::frame(0x500, 0x2B1B) + TestRecords::frame(0x500, 0x0002970100002B1C)
-               + TestRecords::frame(0x500, quint64(mode) << 32 | 0x2B1D);
-    };
     QSignalSpy modes(m_window->radarClient(), &IOrvexClient::imitatorModeChanged);
-    m_server->sendBinary(imitatorMode(2));
-    QVERIFY(modes.wait());
+    // The radar answers a read of its imitator mode (group 151, parameter 0).
+    auto imitatorMode = [this, &modes](quint32 mode) {
+        m_server->sendBinary(TestRecords::frame(0x500, 0x2B1B)
+                             + TestRecords::frame(0x500, 0x0002970100002B1C)
+                             + TestRecords::frame(0x500, quint64(mode) << 32 | 0x2B1D));
+        return modes.wait();
+    };
+    QVERIFY(imitatorMode(2));
     QCOMPARE(imitatorBox->title(), QString(" Speed generated with imitator, type 2  "));
     QTRY_VERIFY(imitatorBox->isVisible());
-    QVERIFY(!schemeBox->isVisible());
-
-    m_server->sendBinary(imitatorMode(0));
-    QVERIFY(modes.wait());
+    QVERIFY(!child("roadObjectsBox")->isVisible());
+    QVERIFY(imitatorMode(0));
     QCOMPARE(imitatorBox->title(), QString(" Speed generated with imitator  "));
-    QTRY_VERIFY(schemeBox->isVisible());
+    QTRY_VERIFY(child("roadObjectsBox")->isVisible());
     QVERIFY(!imitatorBox->isVisible());
 }
 
@@ -474,9 +398,7 @@ void tst_MainWindow::keepsTheOperatorsSize()
 {
     // A report far longer than the status bar: the window keeps its width and cuts the
     // report short.
-    QVERIFY(openWindow());
-    QVERIFY(m_server->waitForClient());
-    QTRY_VERIFY(m_window->radarClient()->isConnected());
+    QVERIFY(openConnectedWindow());
     QVERIFY(waitForLayout());
     const QSize size = m_window->size();
     const QString port = "/dev/serial/by-id/usb-" + QString(300, 'x');

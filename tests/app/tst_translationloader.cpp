@@ -5,78 +5,52 @@
 #include <QTranslator>
 #include <QtTest>
 
-// Which catalogues the program installs for a locale, and from where.
+// Which catalogues the program installs for a locale, and from where: the toolkit's
+// own from the system, the program's two from beside the executable.
 class tst_TranslationLoader : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void cleanup();
-    void directories();
-    void languageFallback_data();
-    void languageFallback();
-    void missingCataloguesAreSkipped();
-
-private:
-    QString title() const
-    {
-        return QCoreApplication::translate("MainWindow", "Dunvel Orvex Road App");
-    }
-    QList<QTranslator*> m_installed;
+    void install_data();
+    void install();
 };
 
-void tst_TranslationLoader::cleanup()
+void tst_TranslationLoader::install_data()
 {
-    for (QTranslator* translator : qAsConst(m_installed)) {
+    QTest::addColumn<QString>("locale");
+    QTest::addColumn<bool>("besideProgram"); // the program's catalogues are there
+    QTest::addColumn<QStringList>("texts"); // the application's, the widgets', the toolkit's
+
+    const QStringList english{"Dunvel Orvex Road App", "Click the title to expand", "Cancel"};
+    const QStringList german{QString::fromUtf8("Dunvel Orvex Straßen-App"),
+                             "Zum Aufklappen auf den Titel klicken", "Abbrechen"};
+    QTest::newRow("de_DE falls back to the language catalogues") << "de_DE" << true << german;
+    QTest::newRow("de_AT too") << "de_AT" << true << german;
+    QTest::newRow("fr_FR: the toolkit's only")
+        << "fr_FR" << true << QStringList{english[0], english[1], "Annuler"};
+    QTest::newRow("C locale: none") << "C" << true << english;
+    QTest::newRow("missing beside the program: the toolkit's still")
+        << "de_DE" << false << QStringList{english[0], english[1], "Abbrechen"};
+}
+
+void tst_TranslationLoader::install()
+{
+    QFETCH(QString, locale);
+    QFETCH(bool, besideProgram);
+    QFETCH(QStringList, texts);
+    QTemporaryDir emptyInstall;
+    const QList<QTranslator*> installed = TranslationLoader::install(
+        QCoreApplication::instance(), locale, besideProgram ? ORVEX_BIN_DIR : emptyInstall.path());
+    const QStringList translated{
+        QCoreApplication::translate("MainWindow", "Dunvel Orvex Road App"),
+        QCoreApplication::translate("CollapsibleGroupBox", "Click the title to expand"),
+        QCoreApplication::translate("QPlatformTheme", "Cancel")};
+    for (QTranslator* translator : installed) {
         QCoreApplication::removeTranslator(translator);
         delete translator;
     }
-    m_installed.clear();
-}
-
-void tst_TranslationLoader::directories()
-{
-    QCOMPARE(TranslationLoader::catalogueNames(),
-             (QStringList{"qt", "orvex-widgets", "orvex-road-app-gui"}));
-    // The toolkit's own catalogue only from the system, ours only beside the program.
-    QCOMPARE(TranslationLoader::catalogueDirectory("qt", "/opt/orvex"),
-             QString("/usr/share/qt5/translations"));
-    QCOMPARE(TranslationLoader::catalogueDirectory("orvex-widgets", "/opt/orvex"),
-             QString("/opt/orvex/translations"));
-    QCOMPARE(TranslationLoader::catalogueDirectory("orvex-road-app-gui", "/opt/orvex"),
-             QString("/opt/orvex/translations"));
-}
-
-void tst_TranslationLoader::languageFallback_data()
-{
-    QTest::addColumn<QString>("locale");
-    QTest::addColumn<bool>("german");
-    QTest::newRow("de_DE falls back to the language catalogue") << "de_DE" << true;
-    QTest::newRow("de_AT too") << "de_AT" << true;
-    QTest::newRow("fr_FR has none") << "fr_FR" << false;
-    QTest::newRow("C locale") << "C" << false;
-}
-
-void tst_TranslationLoader::languageFallback()
-{
-    QFETCH(QString, locale);
-    QFETCH(bool, german);
-    m_installed = TranslationLoader::install(QCoreApplication::instance(), locale, ORVEX_BIN_DIR);
-    if (german)
-        QCOMPARE(title(), QString::fromUtf8("Dunvel Orvex Straßen-App"));
-    else
-        QCOMPARE(title(), QString("Dunvel Orvex Road App"));
-}
-
-void tst_TranslationLoader::missingCataloguesAreSkipped()
-{
-    QTemporaryDir emptyInstall;
-    QVERIFY(emptyInstall.isValid());
-    m_installed
-        = TranslationLoader::install(QCoreApplication::instance(), "de_DE", emptyInstall.path());
-    for (QTranslator* translator : qAsConst(m_installed))
-        QVERIFY(translator->filePath().startsWith("/usr/share/qt5/translations/"));
-    QCOMPARE(title(), QString("Dunvel Orvex Road App"));
+    QCOMPARE(translated, texts);
 }
 
 QTEST_GUILESS_MAIN(tst_TranslationLoader)

@@ -1,5 +1,6 @@
 #include "roadbuilder.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QtMath>
 #include <QtTest>
@@ -10,20 +11,12 @@ class tst_RoadBuilder : public QObject
     Q_OBJECT
 
 private slots:
-    void signalBurstOrder();
-    void emptyRoad();
-    void straightRoad();
-    void markTolerance_data();
-    void markTolerance();
-    void refusedCurvesLeaveNoTrace_data();
-    void refusedCurvesLeaveNoTrace();
-    void quarterCurves_data();
-    void quarterCurves();
-    void tangentAngleWraps();
-    void partNumbering_data();
-    void partNumbering();
-    void borderClassificationAndRectangle();
-    void originOffsetMovesEverythingButAngles();
+    void crossSection_data();
+    void crossSection();
+    void marks_data();
+    void marks();
+    void curves_data();
+    void curves();
 
 private:
     struct Result
@@ -37,317 +30,244 @@ private:
         QMap<int, QPolygonF> laneCentres;
         QMap<int, QPolygonF> distance;
         QMap<int, double> angles;
+        QList<int> parts;
     };
     static Result build(const QJsonObject& config);
-    static QJsonObject road(const char* json);
 };
+
+// Records one signal of the burst: its place in the order and its value.
+template<typename T>
+static void record(RoadBuilder& builder, void (RoadBuilder::*signal)(const T&), const char* name,
+                   QStringList& order, T& value)
+{
+    QObject::connect(&builder, signal, &builder, [name, &order, &value](const T& v) {
+        order << name;
+        value = v;
+    });
+}
 
 tst_RoadBuilder::Result tst_RoadBuilder::build(const QJsonObject& config)
 {
-    RoadBuilder builder;
+    RoadBuilder b;
     Result r;
-    QObject ctx;
-    connect(&builder, &RoadBuilder::applyingRoadStarted, &ctx, [&](QRectF rect, QPointF origin) {
+    connect(&b, &RoadBuilder::applyingRoadStarted, &b, [&r](QRectF rect, QPointF origin) {
         r.order << "started";
         r.rect = rect;
         r.origin = origin;
     });
-    connect(&builder, &RoadBuilder::roadAxisLine, &ctx, [&](QPolygonF l) {
-        r.order << "axis";
-        r.axis = l;
-    });
-    connect(&builder, &RoadBuilder::laneBorderLines, &ctx, [&](QList<QPolygonF> l) {
-        r.order << "laneBorders";
-        r.laneBorders = l;
-    });
-    connect(&builder, &RoadBuilder::roadBorderLines, &ctx, [&](QList<QPolygonF> l) {
-        r.order << "roadBorders";
-        r.roadBorders = l;
-    });
-    connect(&builder, &RoadBuilder::laneCenterLines, &ctx, [&](QMap<int, QPolygonF> l) {
-        r.order << "laneCentres";
-        r.laneCentres = l;
-    });
-    connect(&builder, &RoadBuilder::distanceLines, &ctx, [&](QMap<int, QPolygonF> l) {
-        r.order << "distance";
-        r.distance = l;
-    });
-    connect(&builder, &RoadBuilder::roadTanAngles, &ctx, [&](QMap<int, double> a) {
-        r.order << "angles";
-        r.angles = a;
-    });
-    connect(&builder, &RoadBuilder::applyingRoadFinished, &ctx, [&] { r.order << "finished"; });
-    builder.setRoadConfig(config);
+    record(b, &RoadBuilder::roadAxisLine, "axis", r.order, r.axis);
+    record(b, &RoadBuilder::laneBorderLines, "laneBorders", r.order, r.laneBorders);
+    record(b, &RoadBuilder::roadBorderLines, "roadBorders", r.order, r.roadBorders);
+    record(b, &RoadBuilder::laneCenterLines, "laneCentres", r.order, r.laneCentres);
+    record(b, &RoadBuilder::distanceLines, "distance", r.order, r.distance);
+    record(b, &RoadBuilder::roadTanAngles, "angles", r.order, r.angles);
+    connect(&b, &RoadBuilder::applyingRoadFinished, &b, [&r] { r.order << "finished"; });
+    b.setRoadConfig(config);
+    r.parts = b.parts().keys();
     return r;
 }
 
-QJsonObject tst_RoadBuilder::road(const char* json)
+static QJsonObject object(const char* json)
 {
-    const QJsonObject obj = QJsonDocument::fromJson(json).object();
-    Q_ASSERT(!obj.isEmpty());
-    return obj;
+    return QJsonDocument::fromJson(json).object();
 }
 
-static bool near(const QPointF& a, const QPointF& b, double eps = 1e-6)
+static QJsonArray array(const char* json)
 {
-    return qAbs(a.x() - b.x()) < eps && qAbs(a.y() - b.y()) < eps;
+    return QJsonDocument::fromJson(json).array();
 }
 
-#define QCOMPARE_POINT(actual, expected)                                                           \
-    QVERIFY2(near(actual, expected), qPrintable(QString("(%1, %2) != (%3, %4)")                    \
-                                                    .arg((actual).x())                             \
-                                                    .arg((actual).y())                             \
-                                                    .arg((expected).x())                           \
-                                                    .arg((expected).y())))
-
-void tst_RoadBuilder::signalBurstOrder()
+static QJsonObject road(const char* parts,
+                        const QJsonArray& sections = array(R"([{"length": 10}])"))
 {
-    const Result r = build(QJsonObject());
+    return {{"parts", object(parts)}, {"sections", sections}};
+}
+
+static QList<double> firstY(const QList<QPolygonF>& lines)
+{
+    QList<double> ys;
+    for (const QPolygonF& line : lines)
+        ys << line.first().y();
+    return ys;
+}
+
+void tst_RoadBuilder::crossSection_data()
+{
+    QTest::addColumn<QJsonObject>("config");
+    QTest::addColumn<QList<int>>("parts");
+    QTest::addColumn<QRectF>("rect");
+    QTest::addColumn<QList<double>>("roadBorders"); // Y of each line, by part number
+    QTest::addColumn<QList<double>>("laneBorders");
+    QTest::addColumn<QList<double>>("laneCentres");
+
+    QTest::newRow("no road: run-in and run-out only")
+        << QJsonObject() << QList<int>{0} << QRectF() << QList<double>{} << QList<double>{}
+        << QList<double>{};
+    QTest::newRow("two lanes meeting on the axis")
+        << road(R"({"1": {"width": 3.5, "is_lane": true}, "-1": {"width": 3.5, "is_lane": true}})",
+                array(R"([{"length": 100}])"))
+        << QList<int>{-1, 0, 1} << QRectF(0, -3.5, 100, 7) << QList<double>{0, 0} << QList<double>{}
+        << QList<double>{-1.75, 1.75};
+    // The whole road moved by the origin offset.
+    QJsonObject shifted = road(R"({"0": {"width": 2, "is_lane": true}, "1": {"width": 3.5,
+        "is_lane": true}, "2": {"width": 3.5, "is_lane": true}, "3": {"width": 2}})",
+                               array(R"([{"length": 20}])"));
+    shifted.insert("origin_offset", -7.5);
+    QTest::newRow("median, two lanes and a roadside on the left, moved aside")
+        << shifted << QList<int>{0, 1, 2, 3} << QRectF(0, -7.5, 20, 10) << QList<double>{-6.5, 0.5}
+        << QList<double>{-3} << QList<double>{-4.75, -1.25};
+    QTest::newRow("lanes on the right only")
+        << road(R"({"-1": {"width": 3, "is_lane": true}, "-2": {"width": 3, "is_lane": true},
+                    "-3": {"width": 2}})")
+        << QList<int>{-3, -2, -1, 0} << QRectF(0, -8, 10, 8) << QList<double>{-6, 0}
+        << QList<double>{-3} << QList<double>{-4.5, -1.5};
+    QTest::newRow("a part missing or empty on one side only is passed over")
+        << road(R"({"1": {"width": 1}, "2": {}, "3": {"width": 1}, "-1": {"width": 2},
+                    "-2": {"width": 2}})")
+        << QList<int>{-2, -1, 0, 1, 3} << QRectF(0, -4, 10, 6) << QList<double>{-2, 0, 0, 1}
+        << QList<double>{} << QList<double>{};
+    QTest::newRow("a gap on both sides ends the cross-section")
+        << road(R"({"1": {"width": 1}, "-1": {"width": 1}, "3": {"width": 5}})")
+        << QList<int>{-1, 0, 1} << QRectF(0, -1, 10, 2) << QList<double>{0, 0} << QList<double>{}
+        << QList<double>{};
+    QTest::newRow("wrong types read as defaults")
+        << road(R"({"1": {"width": "wide", "is_lane": 1}, "-1": {"width": 2}})")
+        << QList<int>{-1, 0, 1} << QRectF(0, -2, 10, 2) << QList<double>{0, 0} << QList<double>{}
+        << QList<double>{};
+}
+
+void tst_RoadBuilder::crossSection()
+{
+    QFETCH(QJsonObject, config);
+    QFETCH(QList<int>, parts);
+    QFETCH(QRectF, rect);
+    QFETCH(QList<double>, roadBorders);
+    QFETCH(QList<double>, laneBorders);
+    QFETCH(QList<double>, laneCentres);
+
+    const Result r = build(config);
     QCOMPARE(r.order, (QStringList{"started", "axis", "laneBorders", "roadBorders", "laneCentres",
                                    "distance", "angles", "finished"}));
-}
-
-void tst_RoadBuilder::emptyRoad()
-{
-    const Result r = build(road(R"({"origin_offset": 1.5})"));
-    QCOMPARE(r.axis.size(), 5); // marks -2 .. 2: run-in and run-out only
-    QCOMPARE_POINT(r.axis.first(), QPointF(-2, 1.5));
-    QCOMPARE_POINT(r.axis.last(), QPointF(2, 1.5));
-    QVERIFY(r.laneBorders.isEmpty());
-    QVERIFY(r.roadBorders.isEmpty());
-    QVERIFY(r.laneCentres.isEmpty());
-    QCOMPARE(r.distance.keys(), (QList<int>{-2, -1, 0, 1, 2}));
-    for (const QPolygonF& line : r.distance)
-        QVERIFY(line.isEmpty());
-    QVERIFY(r.angles.isEmpty());
-    QCOMPARE(r.rect, QRectF(0, 1.5, 0, 0));
-    QCOMPARE(r.origin, QPointF(0, 1.5));
-}
-
-void tst_RoadBuilder::straightRoad()
-{
-    const Result r = build(road(R"({"parts": {"1": {"width": 3.5, "is_lane": true},
-                                             "-1": {"width": 3.5, "is_lane": true}},
-                                   "sections": [{"length": 100}]})"));
-    QCOMPARE(r.axis.size(), 105); // -2 .. 102
+    QCOMPARE(r.parts, parts);
+    QCOMPARE(r.rect, rect);
+    QCOMPARE(firstY(r.roadBorders), roadBorders);
+    QCOMPARE(firstY(r.laneBorders), laneBorders);
+    QCOMPARE(firstY(r.laneCentres.values()), laneCentres);
+    // The axis and a cross line at every whole metre from 2 m before the road to 2 m past
+    // it; only the road's own marks carry a direction and the edges of its parts.
+    const int end = int(rect.right());
     QCOMPARE(r.distance.firstKey(), -2);
-    QCOMPARE(r.distance.lastKey(), 102);
-    for (int mark : {-2, -1, 101, 102})
-        QVERIFY2(r.distance.value(mark).isEmpty(), qPrintable(QString::number(mark)));
-    QCOMPARE(r.distance.value(50).size(), 2);
-    QCOMPARE(r.roadBorders.size(), 2);
-    for (const QPolygonF& line : r.roadBorders)
-        QCOMPARE(line.size(), 101);
-    QCOMPARE(r.laneCentres.keys(), (QList<int>{-1, 1}));
-    QCOMPARE(r.laneCentres.value(1).size(), 101);
-    QCOMPARE_POINT(r.laneCentres.value(1).at(30), QPointF(30, 1.75));
-    QCOMPARE_POINT(r.laneCentres.value(-1).at(30), QPointF(30, -1.75));
-    QCOMPARE(r.angles.size(), 101);
-    QCOMPARE(r.rect, QRectF(0, -3.5, 100, 7));
+    QCOMPARE(r.distance.lastKey(), end + 2);
+    QCOMPARE(r.axis.size(), r.distance.size());
+    const double offset = config.value("origin_offset").toDouble();
+    QCOMPARE(r.origin, QPointF(0, offset));
+    QCOMPARE(r.axis.last(), QPointF(end + 2, offset));
+    QCOMPARE(r.angles.size(), rect.isNull() ? 0 : end + 1);
+    QList<double> edges = roadBorders + laneBorders;
+    std::sort(edges.begin(), edges.end());
+    for (auto it = r.distance.cbegin(); it != r.distance.cend(); ++it) {
+        const QPolygonF& cross = *it;
+        QCOMPARE(cross.size(), r.angles.contains(it.key()) ? edges.size() : 0);
+        for (int i = 0; i < cross.size(); ++i)
+            QCOMPARE(cross.at(i), QPointF(it.key(), edges.at(i)));
+    }
+    for (const QPolygonF& line : r.roadBorders + r.laneBorders + r.laneCentres.values())
+        QCOMPARE(line.size(), r.angles.size());
 }
 
-void tst_RoadBuilder::markTolerance_data()
+void tst_RoadBuilder::marks_data()
 {
-    QTest::addColumn<QString>("sections");
-    QTest::addColumn<int>("firstRoadMark");
-    QTest::addColumn<int>("lastRoadMark");
+    QTest::addColumn<QJsonArray>("sections");
+    QTest::addColumn<int>("lastRoadMark"); // the road's marks run from 0 to here
+    QTest::addColumn<bool>("straight"); // the road stays on the X axis
 
-    QTest::newRow("10.004 m ends at mark 10") << R"([{"length": 10.004}])" << 0 << 10;
-    QTest::newRow("9.98 m ends at mark 9") << R"([{"length": 9.98}])" << 0 << 9;
+    // A whole metre within 1 cm of a section still belongs to it.
+    QTest::newRow("10.004 m ends at mark 10") << array(R"([{"length": 10.004}])") << 10 << true;
+    QTest::newRow("9.995 m still reaches mark 10") << array(R"([{"length": 9.995}])") << 10 << true;
+    QTest::newRow("9.98 m ends at mark 9") << array(R"([{"length": 9.98}])") << 9 << true;
     QTest::newRow("10.005 then 5: the joint mark 10 belongs to both")
-        << R"([{"length": 10.005}, {"length": 5}])" << 0 << 15;
+        << array(R"([{"length": 10.005}, {"length": 5}])") << 15 << true;
     QTest::newRow("0.5 then 10: the second section starts past mark 0")
-        << R"([{"length": 0.5}, {"length": 10}])" << 0 << 10;
-    QTest::newRow("zero length lays mark 0 only") << R"([{"length": 0}])" << 0 << 0;
+        << array(R"([{"length": 0.5}, {"length": 10}])") << 10 << true;
+    QTest::newRow("zero length lays mark 0 only") << array(R"([{"length": 0}])") << 0 << true;
     QTest::newRow("zero length off the metre lays nothing")
-        << R"([{"length": 0.5}, {"length": 0}])" << 0 << 0;
-}
-
-void tst_RoadBuilder::markTolerance()
-{
-    QFETCH(QString, sections);
-    QFETCH(int, firstRoadMark);
-    QFETCH(int, lastRoadMark);
-    QJsonObject config = road(R"({"parts": {"1": {"width": 3}}})");
-    config.insert("sections", QJsonDocument::fromJson(sections.toUtf8()).array());
-    const Result r = build(config);
-    QCOMPARE(r.angles.firstKey(), firstRoadMark);
-    QCOMPARE(r.angles.lastKey(), lastRoadMark);
-    QCOMPARE(r.angles.size(), lastRoadMark - firstRoadMark + 1);
-}
-
-void tst_RoadBuilder::refusedCurvesLeaveNoTrace_data()
-{
-    QTest::addColumn<QString>("curve");
-    QTest::addColumn<bool>("refused");
-    QTest::newRow("radius 9.99") << R"({"is_curved": true, "length": 20, "radius": 9.99})" << true;
-    QTest::newRow("radius -9.99") << R"({"is_curved": true, "length": 20, "radius": -9.99})"
-                                  << true;
-    QTest::newRow("sweep 4 rad") << R"({"is_curved": true, "length": 400, "radius": 100})" << true;
-    QTest::newRow("sweep 3.14 rad is taken")
-        << R"({"is_curved": true, "length": 314, "radius": 100})" << false;
+        << array(R"([{"length": 0.5}, {"length": 0}])") << 0 << true;
+    // A refused section leaves no trace: the road goes on as if it were not there.
+    auto between = [](const QJsonValue& section) {
+        return QJsonArray{QJsonObject{{"length", 10}}, section, QJsonObject{{"length", 10}}};
+    };
+    QTest::newRow("radius 9.99 refused")
+        << between(object(R"({"is_curved": true, "length": 20, "radius": 9.99})")) << 20 << true;
+    QTest::newRow("sweep of 4 rad refused")
+        << between(object(R"({"is_curved": true, "length": 400, "radius": 100})")) << 20 << true;
+    QTest::newRow("sweep of 3.14 rad taken")
+        << between(object(R"({"is_curved": true, "length": 314, "radius": 100})")) << 334 << false;
     QTest::newRow("a straight of 1e12 m is taken for a broken setting")
-        << R"({"length": 1e12})" << true;
-    QTest::newRow("an infinite length too") << R"({"length": 1e999})" << true;
-    QTest::newRow("radius on a straight section is ignored")
-        << R"({"length": 20, "radius": 5})" << false;
+        << between(object(R"({"length": 1e12})")) << 20 << true;
+    QTest::newRow("an infinite length lays nothing")
+        << between(QJsonObject{{"length", qInf()}}) << 20 << true;
+    QTest::newRow("radius on a straight section ignored")
+        << between(object(R"({"length": 20, "radius": 5})")) << 40 << true;
 }
 
-void tst_RoadBuilder::refusedCurvesLeaveNoTrace()
+void tst_RoadBuilder::marks()
 {
-    QFETCH(QString, curve);
-    QFETCH(bool, refused);
-    QJsonObject config = road(R"({"parts": {"-1": {"width": 3, "is_lane": true}}})");
-    QJsonArray sections{QJsonObject{{"length", 10}},
-                        QJsonDocument::fromJson(curve.toUtf8()).object(),
-                        QJsonObject{{"length", 10}}};
-    config.insert("sections", sections);
-    const Result r = build(config);
-    if (refused) {
-        // The road continues straight from mark 10 as if the curve were not there.
-        QCOMPARE(r.angles.lastKey(), 20);
-        QCOMPARE_POINT(r.axis.last(), QPointF(22, 0));
-        QCOMPARE(r.angles.value(15), 0.0);
-    } else {
-        QVERIFY(r.angles.lastKey() > 20);
+    QFETCH(QJsonArray, sections);
+    QFETCH(int, lastRoadMark);
+    QFETCH(bool, straight);
+    const Result r = build(road(R"({"1": {"width": 3}})", sections));
+    QCOMPARE(r.angles.firstKey(), 0);
+    QCOMPARE(r.angles.lastKey(), lastRoadMark);
+    QCOMPARE(r.angles.size(), lastRoadMark + 1);
+    if (straight) {
+        QCOMPARE(r.axis.last(), QPointF(lastRoadMark + 2, 0));
+        QCOMPARE(r.angles.values(), QVector<double>(r.angles.size(), 0.0).toList());
     }
 }
 
-void tst_RoadBuilder::quarterCurves_data()
+static bool near(const QPointF& a, const QPointF& b)
+{
+    return QLineF(a, b).length() < 1e-6;
+}
+
+void tst_RoadBuilder::curves_data()
 {
     QTest::addColumn<double>("radius");
-    QTest::addColumn<QPointF>("end");
+    QTest::addColumn<double>("length");
+    QTest::addColumn<QPointF>("end"); // of the configured road
     QTest::addColumn<double>("endAngle");
-    QTest::newRow("left curve") << 100.0 << QPointF(100, 100) << M_PI / 2;
-    QTest::newRow("right curve") << -100.0 << QPointF(100, -100) << -M_PI / 2;
+
+    QTest::newRow("quarter turn left") << 100.0 << 50 * M_PI << QPointF(100, 100) << M_PI / 2;
+    QTest::newRow("quarter turn right") << -100.0 << 50 * M_PI << QPointF(100, -100) << -M_PI / 2;
+    // Half a turn, then another quarter: the direction passes pi and is shown wrapped.
+    QTest::newRow("three quarters left, wrapped")
+        << 100.0 << 150 * M_PI << QPointF(-100, 100) << -M_PI / 2;
 }
 
-void tst_RoadBuilder::quarterCurves()
+void tst_RoadBuilder::curves()
 {
     QFETCH(double, radius);
+    QFETCH(double, length);
     QFETCH(QPointF, end);
     QFETCH(double, endAngle);
-    QJsonObject config = road(R"({"parts": {"1": {"width": 4, "is_lane": true}}})");
-    config.insert("sections",
-                  QJsonArray{QJsonObject{
-                      {"is_curved", true}, {"length", 100 * M_PI / 2}, {"radius", radius}}});
-    const Result r = build(config);
-
-    QCOMPARE(r.angles.lastKey(), 157); // 157.08 m: the last whole metre within 1 cm is 157
-    // The run-out lays whole metres only: its last mark, 159, lies 1.92 m past the curve
-    // along the end direction.
-    const double past = 159 - 100 * M_PI / 2;
-    QCOMPARE_POINT(r.axis.last(), end + past * QPointF(std::cos(endAngle), std::sin(endAngle)));
-    // Angles climb (or fall) steadily from 0 to a quarter turn.
-    double previous = 0;
-    for (int mark = 1; mark <= 157; ++mark) {
+    // Two arcs of half the length: one arc turns half a circle at most.
+    const QJsonObject arc{{"is_curved", true}, {"length", length / 2}, {"radius", radius}};
+    const Result r = build(road(R"({"1": {"width": 4, "is_lane": true}})", {arc, arc}));
+    const int last = int(length); // the last whole metre is within 1 cm of no end here
+    QCOMPARE(r.angles.lastKey(), last);
+    QVERIFY(qAbs(r.angles.value(last) - endAngle) < 0.01);
+    // The run-out's last mark lies (last + 2 - length) m past the end, along its direction.
+    const double past = last + 2 - length;
+    QVERIFY(near(r.axis.last(), end + past * QPointF(std::cos(endAngle), std::sin(endAngle))));
+    for (int mark = 0; mark <= last; ++mark) {
         const double a = r.angles.value(mark);
-        QVERIFY(radius > 0 ? a > previous : a < previous);
-        previous = a;
-    }
-    QVERIFY(qAbs(r.angles.value(157) - endAngle) < 0.01);
-    // The lane centre lies 2 m to the left of the axis throughout.
-    const QPointF axis100 = r.axis.at(100 + 2);
-    const double a100 = r.angles.value(100);
-    QCOMPARE_POINT(r.laneCentres.value(1).at(100),
-                   axis100 + QPointF(-2 * std::sin(a100), 2 * std::cos(a100)));
-}
-
-void tst_RoadBuilder::tangentAngleWraps()
-{
-    // Half a turn to the left, then another quarter: the direction passes +pi.
-    QJsonObject config = road(R"({"parts": {"1": {"width": 3}},
-        "sections": [{"is_curved": true, "length": 314.159, "radius": 100},
-                     {"is_curved": true, "length": 157.08, "radius": 100}]})");
-    const Result r = build(config);
-    QVERIFY(r.angles.value(300) > 2.9);
-    QVERIFY(r.angles.value(330) < -2.9); // just past pi, shown as just above -pi
-    for (double a : r.angles)
         QVERIFY(a >= -M_PI && a <= M_PI);
-    // Positions stay continuous across the wrap.
-    for (int i = 1; i < r.axis.size(); ++i)
-        QVERIFY(QLineF(r.axis.at(i - 1), r.axis.at(i)).length() < 1.01);
-}
-
-void tst_RoadBuilder::partNumbering_data()
-{
-    QTest::addColumn<QString>("parts");
-    QTest::addColumn<QList<int>>("ids");
-    QTest::addColumn<double>("minY"); // outer edge on the -Y side
-    QTest::addColumn<double>("maxY"); // outer edge on the +Y side
-
-    QTest::newRow("gap on one side is closed up")
-        << R"({"1": {"width": 1}, "2": {"width": 1}, "3": {"width": 1},
-               "-1": {"width": 2}, "-3": {"width": 2}})"
-        << QList<int>{-3, -1, 0, 1, 2, 3} << -4.0 << 3.0;
-    QTest::newRow("gap on both sides ends the cross-section")
-        << R"({"1": {"width": 1}, "-1": {"width": 1}, "3": {"width": 5}})" << QList<int>{-1, 0, 1}
-        << -1.0 << 1.0;
-    QTest::newRow("median width splits evenly")
-        << R"({"0": {"width": 2, "is_lane": true}, "1": {"width": 3}})" << QList<int>{0, 1} << 0.0
-        << 4.0;
-    QTest::newRow("empty part objects count as missing")
-        << R"({"1": {}, "-1": {"width": 2}, "2": {"width": 1}})" << QList<int>{-1, 0, 2} << -2.0
-        << 1.0;
-    QTest::newRow("wrong types read as defaults")
-        << R"({"1": {"width": "wide", "is_lane": 1}, "-1": {"width": 2}})" << QList<int>{-1, 0, 1}
-        << -2.0 << 0.0;
-}
-
-void tst_RoadBuilder::partNumbering()
-{
-    QFETCH(QString, parts);
-    QFETCH(QList<int>, ids);
-    QFETCH(double, minY);
-    QFETCH(double, maxY);
-
-    QJsonObject config;
-    config.insert("parts", QJsonDocument::fromJson(parts.toUtf8()).object());
-    config.insert("sections", QJsonArray{QJsonObject{{"length", 10}}});
-    RoadBuilder builder;
-    QSignalSpy started(&builder, &RoadBuilder::applyingRoadStarted);
-    builder.setRoadConfig(config);
-    QCOMPARE(builder.parts().keys(), ids);
-    const QRectF rect = started.first().at(0).toRectF();
-    QCOMPARE(rect.top(), minY);
-    QCOMPARE(rect.bottom(), maxY);
-    QVERIFY(!builder.parts().value(0).isLane);
-}
-
-void tst_RoadBuilder::borderClassificationAndRectangle()
-{
-    const Result r = build(road(R"({"parts": {"0": {"width": 2},
-        "1": {"width": 3.5, "is_lane": true}, "2": {"width": 3.5, "is_lane": true},
-        "3": {"width": 2, "is_lane": false}}, "sections": [{"length": 20}]})"));
-    // Road borders: the median's edge (part 1) and the inner edge of the outermost part.
-    QCOMPARE(r.roadBorders.size(), 2);
-    QCOMPARE(r.roadBorders.at(0).first().y(), 1.0);
-    QCOMPARE(r.roadBorders.at(1).first().y(), 8.0);
-    QCOMPARE(r.laneBorders.size(), 1);
-    QCOMPARE(r.laneBorders.at(0).first().y(), 4.5);
-    QCOMPARE(r.laneCentres.keys(), (QList<int>{1, 2}));
-    QCOMPARE(r.laneCentres.value(1).first().y(), 2.75);
-    QCOMPARE(r.laneCentres.value(2).first().y(), 6.25);
-    QCOMPARE(r.rect, QRectF(0, 0, 20, 10));
-    // A cross line holds the inner edges of parts 1, 2 and 3.
-    QCOMPARE(r.distance.value(7),
-             QPolygonF(QVector<QPointF>{QPointF(7, 1), QPointF(7, 4.5), QPointF(7, 8)}));
-}
-
-void tst_RoadBuilder::originOffsetMovesEverythingButAngles()
-{
-    const char* json = R"({"parts": {"1": {"width": 3, "is_lane": true}, "-1": {"width": 3}},
-        "sections": [{"length": 30}, {"is_curved": true, "length": 50, "radius": -80}]})";
-    QJsonObject shifted = road(json);
-    shifted.insert("origin_offset", -7.5);
-    const Result a = build(road(json));
-    const Result b = build(shifted);
-    QCOMPARE(b.origin, QPointF(0, -7.5));
-    QCOMPARE(b.rect, a.rect.translated(0, -7.5));
-    QCOMPARE(b.axis, a.axis.translated(0, -7.5));
-    QCOMPARE(b.laneCentres.value(1), a.laneCentres.value(1).translated(0, -7.5));
-    QCOMPARE(b.distance.value(40), a.distance.value(40).translated(0, -7.5));
-    QCOMPARE(b.angles, a.angles);
+        // The axis stays continuous, the lane centre 2 m to its left throughout.
+        const QPointF axis = r.axis.at(mark + 2);
+        QVERIFY(QLineF(r.axis.at(mark + 1), axis).length() < 1.0 + 1e-9);
+        QVERIFY(near(r.laneCentres.value(1).at(mark),
+                     axis + QPointF(-2 * std::sin(a), 2 * std::cos(a))));
+    }
 }
 
 QTEST_APPLESS_MAIN(tst_RoadBuilder)

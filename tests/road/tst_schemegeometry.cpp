@@ -14,10 +14,8 @@ private slots:
     void viewArea();
     void screenTransform_data();
     void screenTransform();
-    void objectSizes_data();
-    void objectSizes();
-    void headings_data();
-    void headings();
+    void glyphs_data();
+    void glyphs();
     void labelsNeverCoverOneAnother_data();
     void labelsNeverCoverOneAnother();
 
@@ -98,57 +96,45 @@ void tst_SchemeGeometry::screenTransform()
     QVERIFY(qAbs(far.x()) < 100000000 && qAbs(far.y()) < 100000000);
 }
 
-void tst_SchemeGeometry::objectSizes_data()
+void tst_SchemeGeometry::glyphs_data()
 {
     QTest::addColumn<bool>("keep");
     QTest::addColumn<double>("length");
+    QTest::addColumn<QPointF>("speed"); // along X, along Y
     QTest::addColumn<QSize>("pixels"); // along the heading, across it, at 5 px/m
+    QTest::addColumn<double>("heading");
 
-    QTest::newRow("car, one scale") << true << 4.0 << QSize(20, 10);
-    QTest::newRow("length 0 drawn 1 m by 1 m") << true << 0.0 << QSize(5, 5);
-    QTest::newRow("length 1.8 is 1 m wide") << true << 1.8 << QSize(9, 5);
-    QTest::newRow("length 2.0 is 2 m wide") << true << 2.0 << QSize(10, 10);
-    QTest::newRow("car, free zoom: 64 px whatever the scale") << false << 4.0 << QSize(64, 32);
-    QTest::newRow("truck, free zoom") << false << 16.5 << QSize(264, 32);
+    QTest::newRow("car along X") << true << 4.0 << QPointF(10, 0) << QSize(20, 10) << 0.0;
+    QTest::newRow("length 0 drawn 1 m by 1 m, against X")
+        << true << 0.0 << QPointF(-10, 0) << QSize(5, 5) << 180.0;
+    QTest::newRow("length 1.8 is 1 m wide, drifting left")
+        << true << 1.8 << QPointF(-10, 10) << QSize(9, 5) << 135.0;
+    QTest::newRow("length 2.0 is 2 m wide, across only to the right")
+        << true << 2.0 << QPointF(0, -5) << QSize(10, 10) << -90.0;
+    QTest::newRow("standing still") << true << 4.0 << QPointF(0, 0) << QSize(20, 10) << 0.0;
+    // Scales apart (aspect 2): sizes fixed whatever the scale; the heading follows the
+    // distortion and folds into -90..90, so a vehicle going against X faces along it.
+    QTest::newRow("car, scales apart, diagonal")
+        << false << 4.0 << QPointF(10, 10) << QSize(64, 32) << 63.434948822922;
+    QTest::newRow("truck, scales apart, against X, folded")
+        << false << 16.5 << QPointF(-10, 0) << QSize(264, 32) << 0.0;
+    QTest::newRow("scales apart, against X drifting left, folded")
+        << false << 4.0 << QPointF(-10, 10) << QSize(64, 32) << -63.434948822922;
 }
 
-void tst_SchemeGeometry::objectSizes()
+void tst_SchemeGeometry::glyphs()
 {
     QFETCH(bool, keep);
     QFETCH(double, length);
+    QFETCH(QPointF, speed);
     QFETCH(QSize, pixels);
-    QCOMPARE(geometry(QSize(540, 208), false, keep).objectPixelSize(length), pixels);
+    QFETCH(double, heading);
+    const SchemeGeometry g = geometry(QSize(540, 208), false, keep);
+    QCOMPARE(g.objectPixelSize(length), pixels);
     // Zooming in (10 px/m) changes only the sizes that follow the scale.
     QCOMPARE(geometry(QSize(1040, 408), false, keep).objectPixelSize(length),
              keep ? pixels * 2 : pixels);
-}
-
-void tst_SchemeGeometry::headings_data()
-{
-    QTest::addColumn<bool>("keep");
-    QTest::addColumn<double>("xSpeed");
-    QTest::addColumn<double>("ySpeed");
-    QTest::addColumn<double>("heading");
-
-    QTest::newRow("along X") << true << 10.0 << 0.0 << 0.0;
-    QTest::newRow("against X") << true << -10.0 << 0.0 << 180.0;
-    QTest::newRow("against X, drifting left") << true << -10.0 << 10.0 << 135.0;
-    QTest::newRow("across only, to the right") << true << 0.0 << -5.0 << -90.0;
-    QTest::newRow("standing still") << true << 0.0 << 0.0 << 0.0;
-    // Scales apart (aspect 2): the heading follows the distortion and folds into
-    // -90..90, so a vehicle going against X faces along it.
-    QTest::newRow("diagonal, scales apart") << false << 10.0 << 10.0 << 63.434948822922;
-    QTest::newRow("against X, scales apart, folded") << false << -10.0 << 0.0 << 0.0;
-    QTest::newRow("against X, drifting left, folded") << false << -10.0 << 10.0 << -63.434948822922;
-}
-
-void tst_SchemeGeometry::headings()
-{
-    QFETCH(bool, keep);
-    QFETCH(double, xSpeed);
-    QFETCH(double, ySpeed);
-    QFETCH(double, heading);
-    const double got = geometry(QSize(540, 208), false, keep).objectHeading(xSpeed, ySpeed);
+    const double got = g.objectHeading(speed.x(), speed.y());
     QVERIFY2(qAbs(got - heading) < 1e-6, qPrintable(QString::number(got, 'g', 12)));
 }
 
