@@ -4,7 +4,8 @@ set -euo pipefail
 
 packages=(g++ make cmake qtbase5-dev libqt5websockets5-dev qttools5-dev qttools5-dev-tools
           qttranslations5-l10n zlib1g-dev
-          fonts-dejavu-core)
+          fonts-dejavu-core
+          desktop-file-utils appstream)  # validators of the install test
 missing=()
 for package in "${packages[@]}"; do
     if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed"; then
