@@ -21,6 +21,8 @@
 #include "serverpingwidget.h"
 #include "serverprotocolwidget.h"
 #include "serverstatewidget.h"
+#include "setpolygonwidget.h"
+#include "setpositionwidget.h"
 #include "ui_mainwindow.h"
 #include "workprofilehandler.h"
 #include "workprofilewidget.h"
@@ -334,7 +336,17 @@ void MainWindow::doMakeFixedConnections()
             &ObjectsTableWidget::setPaintObjects);
     connect(h, &H::paintObjectsChanged, m_historyWidget, &HistoryTableWidget::setPaintObjects);
     connect(h, &H::applyingProfileFinished, this, &MainWindow::doFinishApplyingProfile);
+    SetPositionWidget* position = m_ui->setPositionWidget;
+    SetPolygonWidget* limitations = m_ui->setPolygonWidget;
+    connect(h, &H::autoGetDataChanged, position, &SetPositionWidget::setAutoGetData);
     connect(h, &H::autoGetDataChanged, m_ui->radarTuningWidget, &RadarTuningWidget::setAutoGetData);
+    connect(h, &H::autoGetDataChanged, limitations, &SetPolygonWidget::setAutoGetData);
+    connect(position, &SetPositionWidget::presetsChanged, h, &H::setPositionPresets);
+    connect(h, &H::positionPresetsChanged, position, &SetPositionWidget::setPresets);
+    connect(limitations, &SetPolygonWidget::presetsChanged, h, &H::setLimitationsPresets);
+    connect(h, &H::limitationsPresetsChanged, limitations, &SetPolygonWidget::setPresets);
+    // The entered position is previewed at once, before the radar confirms it.
+    connect(position, &SetPositionWidget::setPosition, scheme, &R::showPosition);
     // Next to the client's own connection: an answer opens a message box only when the
     // operator asked for it here.
     connect(m_ui->sendCommandsWidget, &SendCommandsWidget::commandWithNoArgs, this,
@@ -389,6 +401,8 @@ void MainWindow::doUnsetRadarClient()
     m_ui->sendCommandsWidget->disconnect(client);
     m_ui->radarTuningWidget->disconnect(client);
     m_ui->saveAndRestartWidget->disconnect(client);
+    m_ui->setPositionWidget->disconnect(client);
+    m_ui->setPolygonWidget->disconnect(client);
     client->deleteLater();
 }
 
@@ -400,6 +414,7 @@ void MainWindow::doConnectRadarClient()
     doConnectRadarResults();
     doConnectRadarRequests();
     doConnectCommandPanels();
+    doConnectPositionPanels();
 }
 
 void MainWindow::doConnectServerDisplays()
@@ -443,7 +458,9 @@ void MainWindow::doConnectRadarState()
     connect(c, &C::radarStateChanged, m_ui->generalInfoWidget, &GeneralInfoWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_ui->saveAndRestartWidget,
             &SaveAndRestartWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->setPositionWidget, &SetPositionWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_ui->radarTuningWidget, &RadarTuningWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->setPolygonWidget, &SetPolygonWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_ui->sendCommandsWidget,
             &SendCommandsWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_serverStateWidget, &ServerStateWidget::showRadarState);
@@ -551,6 +568,39 @@ void MainWindow::doConnectCommandPanels()
     connect(tuning, &T::getFrequencyIndex, c, &C::sendCmdGetFrequencyIndex);
     connect(tuning, &T::setRadarSensitivity, c, &C::sendCmdSetRadarSensitivity);
     connect(tuning, &T::getRadarSensitivity, c, &C::sendCmdGetRadarSensitivity);
+}
+
+void MainWindow::doConnectPositionPanels()
+{
+    // The position and limitations panels: their reads and writes go to the client;
+    // every command's progress and the values read back come to them (the radar's
+    // state comes with the other displays', the scheme hears the same values itself).
+    using C = IOrvexClient;
+    IOrvexClient* c = m_radarClient;
+    SetPositionWidget* position = m_ui->setPositionWidget;
+    SetPolygonWidget* limitations = m_ui->setPolygonWidget;
+    using P = SetPositionWidget;
+    using L = SetPolygonWidget;
+
+    connect(c, &C::radarCommandStateChanged, position, &P::showCommandState);
+    connect(c, &C::radarCommandStateChanged, limitations, &L::showCommandState);
+    connect(c, &C::radarPosition, position, &P::showPosition);
+    connect(c, &C::polygonUsage, limitations, &L::showPolygonUsage);
+    connect(c, &C::polygonTreatParam, limitations, &L::showPolygonTreatParam);
+    connect(c, &C::polygonSpeedParam, limitations, &L::showPolygonSpeedParam);
+    connect(c, &C::polygonPointParam, limitations, &L::showPolygonPointParam);
+
+    connect(position, &P::setPosition, c, &C::sendCmdSetPosition);
+    connect(position, &P::getPosition, c, &C::sendCmdGetPosition);
+    connect(limitations, &L::setPolygonUsage, c, &C::sendCmdSetPolygonUsage);
+    connect(limitations, &L::getPolygonUsage, c, &C::sendCmdGetPolygonUsage);
+    connect(limitations, &L::setPolygonTreatParam, c, &C::sendCmdSetPolygonTreatParam);
+    connect(limitations, &L::getPolygonTreatParam, c, &C::sendCmdGetPolygonTreatParam);
+    connect(limitations, &L::setPolygonSpeedParam, c, &C::sendCmdSetPolygonSpeedParam);
+    connect(limitations, &L::getPolygonSpeedParam, c, &C::sendCmdGetPolygonSpeedParam);
+    connect(limitations, &L::setPolygonPointParam, c, &C::sendCmdSetPolygonPointParam);
+    connect(limitations, &L::getPolygonPointParam, c, &C::sendCmdGetPolygonPointParam);
+    connect(limitations, &L::reinitPolygons, c, &C::sendCmdReinitPolygons);
 }
 
 void MainWindow::doSetProtocolVersion(int version)

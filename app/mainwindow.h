@@ -120,6 +120,7 @@ private:
     void doConnectRadarResults();
     void doConnectRadarRequests();
     void doConnectCommandPanels();
+    void doConnectPositionPanels();
     void doResetWindowLayout(int control);
     void doApplyWindowLayout(int control);
     void doSetControlsSizePolicy(bool vertical, bool visible0, bool visible2);
