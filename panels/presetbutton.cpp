@@ -22,8 +22,8 @@ PresetButton::PresetButton(int presetId, QWidget* parent)
 
     connect(m_menu->addAction(tr("&Rename preset")), &QAction::triggered, this,
             [this] { emit renameRequested(m_presetId); });
-    connect(m_menu->addAction(tr("&Update preset with current values")), &QAction::triggered,
-            this, [this] { emit updateRequested(m_presetId); });
+    connect(m_menu->addAction(tr("&Update preset with current values")), &QAction::triggered, this,
+            [this] { emit updateRequested(m_presetId); });
     m_menu->addSeparator();
     connect(m_menu->addAction(tr("&Delete preset")), &QAction::triggered, this,
             [this] { emit deleteRequested(m_presetId); });

@@ -28,8 +28,8 @@ constexpr quint8 PointY(int vertex)
 
 // The order in which the vertices' coordinates are read and written: vertex 0, 2, 1,
 // 3, X before Y, so the rectangle's two defining corners come first.
-constexpr quint8 PointOrder[] = {PointX(0), PointY(0), PointX(2), PointY(2),
-                                 PointX(1), PointY(1), PointX(3), PointY(3)};
+constexpr quint8 PointOrder[]
+    = {PointX(0), PointY(0), PointX(2), PointY(2), PointX(1), PointY(1), PointX(3), PointY(3)};
 
 int pointSlot(quint8 param)
 {

@@ -89,8 +89,8 @@ QJsonObject SetPositionWidget::currentPreset() const
     return preset;
 }
 
-void SetPositionWidget::showPosition(double height, double xOffset, double yOffset,
-                                     double azimuth, double altitude, double roll)
+void SetPositionWidget::showPosition(double height, double xOffset, double yOffset, double azimuth,
+                                     double altitude, double roll)
 {
     doFill({height, xOffset, yOffset, azimuth, altitude, roll}, true);
     m_parHandler->extendDataTimeout();
@@ -100,8 +100,8 @@ void SetPositionWidget::showPosition(double height, double xOffset, double yOffs
     m_parHandler->updateDataTimer();
 }
 
-void SetPositionWidget::fillPosition(double height, double xOffset, double yOffset,
-                                     double azimuth, double altitude, double roll)
+void SetPositionWidget::fillPosition(double height, double xOffset, double yOffset, double azimuth,
+                                     double altitude, double roll)
 {
     doFill({height, xOffset, yOffset, azimuth, altitude, roll}, false);
 }

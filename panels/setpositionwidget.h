@@ -47,8 +47,8 @@ public:
 signals:
     // Height, X offset, Y offset, azimuth, elevation, roll: the radar's pose, in this
     // order wherever it travels.
-    void setPosition(double height, double xOffset, double yOffset, double azimuth,
-                     double altitude, double roll);
+    void setPosition(double height, double xOffset, double yOffset, double azimuth, double altitude,
+                     double roll);
     void getPosition();
 
 public slots:
