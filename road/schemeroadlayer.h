@@ -32,6 +32,8 @@ public:
     // The limitation area's bounding rectangle in metres (none when null), filled when
     // the radar uses it.
     void setLimitation(const QRectF& area, bool inUse);
+    const QRectF& limitation() const { return m_limitation; }
+    bool isLimitationInUse() const { return m_limitationInUse; }
     // Starts the long exposure anew from the clean road.
     void clearExposure() { m_stale = true; }
     // Adds the current tracks to the long exposure.

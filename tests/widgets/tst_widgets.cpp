@@ -99,11 +99,17 @@ void tst_Widgets::collapseByClickOnTitle_data()
     QTest::addColumn<bool>("pressOnTitle");
     QTest::addColumn<bool>("releaseOnTitle");
     QTest::addColumn<bool>("toggles");
-    QTest::newRow("left click on title toggles") << int(Qt::LeftButton) << true << true << true;
-    QTest::newRow("right click on title ignored") << int(Qt::RightButton) << true << true << false;
+    QTest::addColumn<bool>("enabled");
+    QTest::newRow("left click on title toggles")
+        << int(Qt::LeftButton) << true << true << true << true;
+    QTest::newRow("left click on a disabled box's title toggles")
+        << int(Qt::LeftButton) << true << true << true << false;
+    QTest::newRow("right click on title ignored")
+        << int(Qt::RightButton) << true << true << false << true;
     QTest::newRow("left press on title released outside ignored")
-        << int(Qt::LeftButton) << true << false << false;
-    QTest::newRow("left click in body ignored") << int(Qt::LeftButton) << false << false << false;
+        << int(Qt::LeftButton) << true << false << false << true;
+    QTest::newRow("left click in body ignored")
+        << int(Qt::LeftButton) << false << false << false << true;
 }
 
 void tst_Widgets::collapseByClickOnTitle()
@@ -112,10 +118,12 @@ void tst_Widgets::collapseByClickOnTitle()
     QFETCH(bool, pressOnTitle);
     QFETCH(bool, releaseOnTitle);
     QFETCH(bool, toggles);
+    QFETCH(bool, enabled);
     QWidget window;
     window.resize(300, 200);
     auto* box = new CollapsibleGroupBox(QStringLiteral("Send commands  "), &window);
     box->setGeometry(0, 0, 300, 200);
+    box->setEnabled(enabled);
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     const QPoint title = box->titleArea().center(), body(150, 195);
