@@ -23,6 +23,8 @@
 #include "serverpingwidget.h"
 #include "serverprotocolwidget.h"
 #include "serverstatewidget.h"
+#include "setpolygonwidget.h"
+#include "setpositionwidget.h"
 #include "tvmsconfigwidget.h"
 #include "ui_mainwindow.h"
 #include "workprofilehandler.h"
@@ -348,7 +350,17 @@ void MainWindow::doMakeFixedConnections()
             &ObjectsTableWidget::setPaintObjects);
     connect(h, &H::paintObjectsChanged, m_historyWidget, &HistoryTableWidget::setPaintObjects);
     connect(h, &H::applyingProfileFinished, this, &MainWindow::doFinishApplyingProfile);
+    SetPositionWidget* position = m_ui->setPositionWidget;
+    SetPolygonWidget* limitations = m_ui->setPolygonWidget;
+    connect(h, &H::autoGetDataChanged, position, &SetPositionWidget::setAutoGetData);
     connect(h, &H::autoGetDataChanged, m_ui->radarTuningWidget, &RadarTuningWidget::setAutoGetData);
+    connect(h, &H::autoGetDataChanged, limitations, &SetPolygonWidget::setAutoGetData);
+    connect(position, &SetPositionWidget::presetsChanged, h, &H::setPositionPresets);
+    connect(h, &H::positionPresetsChanged, position, &SetPositionWidget::setPresets);
+    connect(limitations, &SetPolygonWidget::presetsChanged, h, &H::setLimitationsPresets);
+    connect(h, &H::limitationsPresetsChanged, limitations, &SetPolygonWidget::setPresets);
+    // The entered position is previewed at once, before the radar confirms it.
+    connect(position, &SetPositionWidget::setPosition, scheme, &R::showPosition);
     // Next to the client's own connection: an answer opens a message box only when the
     // operator asked for it here.
     connect(m_ui->sendCommandsWidget, &SendCommandsWidget::commandWithNoArgs, this,
@@ -404,6 +416,8 @@ void MainWindow::doUnsetRadarClient()
     m_ui->sendCommandsWidget->disconnect(client);
     m_ui->radarTuningWidget->disconnect(client);
     m_ui->saveAndRestartWidget->disconnect(client);
+    m_ui->setPositionWidget->disconnect(client);
+    m_ui->setPolygonWidget->disconnect(client);
     client->deleteLater();
 }
 
@@ -416,6 +430,7 @@ void MainWindow::doConnectRadarClient()
     doConnectRadarRequests();
     doConnectCommandPanels();
     doConnectProjectionFeed();
+    doConnectPositionPanels();
 }
 
 void MainWindow::doConnectServerDisplays()
@@ -459,7 +474,9 @@ void MainWindow::doConnectRadarState()
     connect(c, &C::radarStateChanged, m_ui->generalInfoWidget, &GeneralInfoWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_ui->saveAndRestartWidget,
             &SaveAndRestartWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->setPositionWidget, &SetPositionWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_ui->radarTuningWidget, &RadarTuningWidget::showRadarState);
+    connect(c, &C::radarStateChanged, m_ui->setPolygonWidget, &SetPolygonWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_ui->sendCommandsWidget,
             &SendCommandsWidget::showRadarState);
     connect(c, &C::radarStateChanged, m_serverStateWidget, &ServerStateWidget::showRadarState);
@@ -567,6 +584,39 @@ void MainWindow::doConnectCommandPanels()
     connect(tuning, &T::getFrequencyIndex, c, &C::sendCmdGetFrequencyIndex);
     connect(tuning, &T::setRadarSensitivity, c, &C::sendCmdSetRadarSensitivity);
     connect(tuning, &T::getRadarSensitivity, c, &C::sendCmdGetRadarSensitivity);
+}
+
+void MainWindow::doConnectPositionPanels()
+{
+    // The position and limitations panels: their reads and writes go to the client;
+    // every command's progress and the values read back come to them (the radar's
+    // state comes with the other displays', the scheme hears the same values itself).
+    using C = IOrvexClient;
+    IOrvexClient* c = m_radarClient;
+    SetPositionWidget* position = m_ui->setPositionWidget;
+    SetPolygonWidget* limitations = m_ui->setPolygonWidget;
+    using P = SetPositionWidget;
+    using L = SetPolygonWidget;
+
+    connect(c, &C::radarCommandStateChanged, position, &P::showCommandState);
+    connect(c, &C::radarCommandStateChanged, limitations, &L::showCommandState);
+    connect(c, &C::radarPosition, position, &P::showPosition);
+    connect(c, &C::polygonUsage, limitations, &L::showPolygonUsage);
+    connect(c, &C::polygonTreatParam, limitations, &L::showPolygonTreatParam);
+    connect(c, &C::polygonSpeedParam, limitations, &L::showPolygonSpeedParam);
+    connect(c, &C::polygonPointParam, limitations, &L::showPolygonPointParam);
+
+    connect(position, &P::setPosition, c, &C::sendCmdSetPosition);
+    connect(position, &P::getPosition, c, &C::sendCmdGetPosition);
+    connect(limitations, &L::setPolygonUsage, c, &C::sendCmdSetPolygonUsage);
+    connect(limitations, &L::getPolygonUsage, c, &C::sendCmdGetPolygonUsage);
+    connect(limitations, &L::setPolygonTreatParam, c, &C::sendCmdSetPolygonTreatParam);
+    connect(limitations, &L::getPolygonTreatParam, c, &C::sendCmdGetPolygonTreatParam);
+    connect(limitations, &L::setPolygonSpeedParam, c, &C::sendCmdSetPolygonSpeedParam);
+    connect(limitations, &L::getPolygonSpeedParam, c, &C::sendCmdGetPolygonSpeedParam);
+    connect(limitations, &L::setPolygonPointParam, c, &C::sendCmdSetPolygonPointParam);
+    connect(limitations, &L::getPolygonPointParam, c, &C::sendCmdGetPolygonPointParam);
+    connect(limitations, &L::reinitPolygons, c, &C::sendCmdReinitPolygons);
 }
 
 void MainWindow::doSetProtocolVersion(int version)
@@ -1001,6 +1051,14 @@ void MainWindow::doConnectProjection()
     connect(m_objectsHelper, &ObjectsHelper::sortingFinished, video, &P::finishFilling);
     connect(m_objectsHelper, &ObjectsHelper::averageTracks, video, &P::setAverageTracks);
     connect(video, &P::sight, m_ui->roadObjectsWidget, &RoadObjectsWidget::setSight);
+
+    // A position entered in its box is previewed over the video too, before the radar
+    // confirms it; a picked-up pose fills that box for the operator to check and write.
+    SetPositionWidget* position = m_ui->setPositionWidget;
+    connect(position, &SetPositionWidget::setPosition, video,
+            [video](double height, double x, double y, double azimuth, double altitude,
+                    double roll) { video->showPosition(height, x, y, azimuth, altitude, roll, true); });
+    connect(video, &P::pickedRadarPosition, position, &SetPositionWidget::fillPosition);
 }
 
 void MainWindow::doConnectProjectionFeed()

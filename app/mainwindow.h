@@ -136,6 +136,7 @@ private:
     // stops and hides it.
     void doShowFreeWindow(StandaloneWidget* window, const QString& name, bool visible);
     void doStartPickup(int mode);
+    void doConnectPositionPanels();
     void doResetWindowLayout(int control);
     void doApplyWindowLayout(int control);
     void doSetControlsSizePolicy(bool vertical, bool visible0, bool visible2);

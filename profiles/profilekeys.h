@@ -47,4 +47,26 @@ constexpr QLatin1String Presets("presets");
 constexpr QLatin1String PositionPresets("position_presets");
 constexpr QLatin1String LimitationsPresets("limitations_presets");
 
+// Inside one preset: its button's text ("name", as above) and the panel's values.
+namespace PositionPreset {
+constexpr QLatin1String Height("height");
+constexpr QLatin1String XOffset("x_offset");
+constexpr QLatin1String YOffset("y_offset");
+constexpr QLatin1String Azimuth("azimuth");
+constexpr QLatin1String Altitude("altitude"); // the elevation
+constexpr QLatin1String Roll("roll");
+} // namespace PositionPreset
+
+namespace LimitationsPreset {
+constexpr QLatin1String SpeedXMin("speed_x_min");
+constexpr QLatin1String SpeedXMax("speed_x_max");
+constexpr QLatin1String SpeedYMin("speed_y_min");
+constexpr QLatin1String SpeedYMax("speed_y_max");
+constexpr QLatin1String PointCount("point_count");
+constexpr QLatin1String PositionXMin("position_x_min");
+constexpr QLatin1String PositionXMax("position_x_max");
+constexpr QLatin1String PositionYMin("position_y_min");
+constexpr QLatin1String PositionYMax("position_y_max");
+} // namespace LimitationsPreset
+
 } // namespace ProfileKeys

@@ -40,6 +40,9 @@ public:
     bool drawsObjects() const { return m_drawObjectsNow; }
     bool drawsTracksLive() const { return m_drawTracksLive; }
     bool drawsTracksOnBase() const { return m_drawTracksOnBase; }
+    // Where the radar is drawn (metres) and the direction it looks in (degrees).
+    QPointF radarPosition() const { return m_radarPosition; }
+    double radarAzimuth() const { return m_radarAzimuth; }
 
 public slots:
     void setDrawVertical(bool drawVertical);

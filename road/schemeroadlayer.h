@@ -35,6 +35,8 @@ public:
     // Pixels of the screen per pixel of the scheme: the picture is drawn at the screen's
     // density so that it stays sharp on a scaled display.
     void setDevicePixelRatio(qreal ratio);
+    const QRectF& limitation() const { return m_limitation; }
+    bool isLimitationInUse() const { return m_limitationInUse; }
     // Starts the long exposure anew from the clean road.
     void clearExposure() { m_stale = true; }
     // Adds the current tracks to the long exposure.

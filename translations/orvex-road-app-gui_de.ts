@@ -418,6 +418,40 @@
     </message>
 </context>
 <context>
+    <name>PresetButton</name>
+    <message>
+        <source>&amp;Rename preset</source>
+        <translation>Voreinstellung &amp;umbenennen</translation>
+    </message>
+    <message>
+        <source>&amp;Update preset with current values</source>
+        <translation>Voreinstellung mit aktuellen Werten &amp;aktualisieren</translation>
+    </message>
+    <message>
+        <source>&amp;Delete preset</source>
+        <translation>Voreinstellung &amp;löschen</translation>
+    </message>
+</context>
+<context>
+    <name>PresetedWidget</name>
+    <message>
+        <source>Default preset</source>
+        <translation>Standardvoreinstellung</translation>
+    </message>
+    <message>
+        <source>New preset</source>
+        <translation>Neue Voreinstellung</translation>
+    </message>
+    <message>
+        <source>Preset name</source>
+        <translation>Name der Voreinstellung</translation>
+    </message>
+    <message>
+        <source>Enter new preset name</source>
+        <translation>Neuen Namen der Voreinstellung eingeben</translation>
+    </message>
+</context>
+<context>
     <name>ProjectionPainter</name>
     <message>
         <source>%1 km/h</source>
@@ -538,6 +572,13 @@
     <message>
         <source>Set to radar</source>
         <translation>An Radar senden</translation>
+    </message>
+</context>
+<context>
+    <name>ReadBackMark</name>
+    <message>
+        <source>The radar reports %1, outside the range %2 to %3</source>
+        <translation>Das Radar meldet %1, außerhalb des Bereichs %2 bis %3</translation>
     </message>
 </context>
 <context>
@@ -833,6 +874,108 @@
     <message>
         <source>%1 on</source>
         <translation>%1 an</translation>
+    </message>
+</context>
+<context>
+    <name>SetPolygonWidget</name>
+    <message>
+        <source>Xmin speed, m/s</source>
+        <translation>Xmin-Geschwindigkeit, m/s</translation>
+    </message>
+    <message>
+        <source>Xmax speed, m/s</source>
+        <translation>Xmax-Geschwindigkeit, m/s</translation>
+    </message>
+    <message>
+        <source>Ymin speed, m/s</source>
+        <translation>Ymin-Geschwindigkeit, m/s</translation>
+    </message>
+    <message>
+        <source>Ymax speed, m/s</source>
+        <translation>Ymax-Geschwindigkeit, m/s</translation>
+    </message>
+    <message>
+        <source>Vertex count</source>
+        <translation>Anzahl der Eckpunkte</translation>
+    </message>
+    <message>
+        <source>Xmin position, m</source>
+        <translation>Xmin-Position, m</translation>
+    </message>
+    <message>
+        <source>Xmax position, m</source>
+        <translation>Xmax-Position, m</translation>
+    </message>
+    <message>
+        <source>Ymin position, m</source>
+        <translation>Ymin-Position, m</translation>
+    </message>
+    <message>
+        <source>Ymax position, m</source>
+        <translation>Ymax-Position, m</translation>
+    </message>
+    <message>
+        <source>Apply vertices</source>
+        <translation>Eckpunkte übernehmen</translation>
+    </message>
+    <message>
+        <source>Get from radar</source>
+        <translation>Vom Radar lesen</translation>
+    </message>
+    <message>
+        <source>Set to radar</source>
+        <translation>An Radar senden</translation>
+    </message>
+    <message>
+        <source>Enable limitations</source>
+        <translation>Begrenzungen einschalten</translation>
+    </message>
+    <message>
+        <source>+</source>
+        <translation>+</translation>
+    </message>
+    <message>
+        <source>Disable limitations</source>
+        <translation>Begrenzungen ausschalten</translation>
+    </message>
+</context>
+<context>
+    <name>SetPositionWidget</name>
+    <message>
+        <source>Height, m</source>
+        <translation>Höhe, m</translation>
+    </message>
+    <message>
+        <source>X offset, m</source>
+        <translation>X-Versatz, m</translation>
+    </message>
+    <message>
+        <source>Y offset, m</source>
+        <translation>Y-Versatz, m</translation>
+    </message>
+    <message>
+        <source>Azimuth, °</source>
+        <translation>Azimut, °</translation>
+    </message>
+    <message>
+        <source>Elevation, °</source>
+        <translation>Neigung, °</translation>
+    </message>
+    <message>
+        <source>Roll, °</source>
+        <translation>Rollwinkel, °</translation>
+    </message>
+    <message>
+        <source>Get from radar</source>
+        <translation>Vom Radar lesen</translation>
+    </message>
+    <message>
+        <source>Set to radar</source>
+        <translation>An Radar senden</translation>
+    </message>
+    <message>
+        <source>+</source>
+        <translation>+</translation>
     </message>
 </context>
 <context>

@@ -141,24 +141,28 @@ void tst_MainWindow::layout_data()
     QTest::addColumn<bool>("vertical");
     QTest::addColumn<bool>("table");
     QTest::addColumn<QList<int>>("hidden"); // boxes the operator hides through the menu
+    QTest::addColumn<int>("height");
     QTest::addColumn<int>("columns");
     QTest::addColumn<QString>("shown"); // the columns of boxes shown
 
-    // The boxes are short while the panels are empty: a tall window has room for the
-    // boxes of column 2 under those of column 1.
+    // A tall window has room for the boxes of column 2 under those of column 1.
     const QList<int> none;
-    QTest::newRow("vertical, tall window: one column") << true << false << none << 1 << "1";
-    QTest::newRow("vertical, table shown: two columns") << true << true << none << 2 << "12";
-    QTest::newRow("horizontal: three columns") << false << false << none << 3 << "123";
-    QTest::newRow("horizontal, table shown: two columns") << false << true << none << 2 << "12";
+    QTest::newRow("vertical, tall window: one column")
+        << true << false << none << 1700 << 1 << "1";
+    QTest::newRow("vertical, table shown: two columns")
+        << true << true << none << 800 << 2 << "12";
+    QTest::newRow("horizontal: three columns") << false << false << none << 800 << 3 << "123";
+    QTest::newRow("horizontal, table shown: two columns")
+        << false << true << none << 800 << 2 << "12";
     QList<int> boxes{ConfigureLimitationsControl};
-    QTest::newRow("limitations hidden: their column too") << false << false << boxes << 3 << "13";
+    QTest::newRow("limitations hidden: their column too")
+        << false << false << boxes << 800 << 3 << "13";
     boxes << GeneralInfoControl << SendCommandsControl << FineTuningControl
           << SaveAndRestartControl;
     QTest::newRow("radar position alone: the last column only")
-        << false << false << boxes << 3 << "3";
+        << false << false << boxes << 800 << 3 << "3";
     QTest::newRow("every box hidden: no controls at all")
-        << false << false << (boxes << SetRadarPositionControl) << 3 << "";
+        << false << false << (boxes << SetRadarPositionControl) << 800 << 3 << "";
 }
 
 void tst_MainWindow::layout()
@@ -166,10 +170,11 @@ void tst_MainWindow::layout()
     QFETCH(bool, vertical);
     QFETCH(bool, table);
     QFETCH(QList<int>, hidden);
+    QFETCH(int, height);
     QFETCH(int, columns);
     QFETCH(QString, shown);
 
-    QVERIFY(openWindow());
+    QVERIFY(openWindow(QSize(1200, height)));
     m_window->profileHandler()->setDrawVertical(vertical);
     if (table)
         controlAction(ObjectsTableControl)->trigger();

@@ -111,9 +111,10 @@ bool tst_MainWindowPanels::openWindow(const QStringList& simArguments, bool auto
     m_commandSteps
         = std::make_unique<QSignalSpy>(m_window->radarClient(), &C::radarCommandStateChanged);
     m_window->show();
-    // A silent radar keeps the start-up commands in the queue for a long while.
+    // A silent radar keeps the start-up commands in the queue for a long while: 5 s each,
+    // and the limitations box asks whether its area is used before these are asked.
     return QTest::qWaitForWindowExposed(m_window.get())
-           && QTest::qWaitFor([this] { return commands()->isEnabled(); }, 20000);
+           && QTest::qWaitFor([this] { return commands()->isEnabled(); }, 30000);
 }
 
 QAction* tst_MainWindowPanels::menuAction(const QString& text) const
@@ -188,13 +189,13 @@ void tst_MainWindowPanels::requestedResultsOpenTheirBoxes()
 
 void tst_MainWindowPanels::busyRadarStillAnswers()
 {
-    // The first command of the start-up, the tuning panel's read of the frequency index,
-    // is answered "busy" three times and asked again until the radar takes it.
+    // The first command of the start-up, the position box's read, is answered "busy"
+    // three times and asked again until the radar takes it; the tuning reads follow.
     QVERIFY(openWindow({"--busy-acks", "3"}));
     QTRY_COMPARE(sensitivityLabel()->state(), int(L::ReceivedFromRadar));
     QCOMPARE(frequencyLabel()->state(), int(L::ReceivedFromRadar));
     QCOMPARE(spin("frequencyIdSpin")->value(), 2);
-    const QVariantList busy{int(C::CmdGetFrequencyIndex), int(C::InProgress), 255};
+    const QVariantList busy{int(C::CmdGetHeight), int(C::InProgress), 255};
     QCOMPARE(std::count(m_commandSteps->begin(), m_commandSteps->end(), busy), 3);
     QVERIFY(tuningClick("setTuningParamsButton", L::CommandReceived));
 }
@@ -240,6 +241,8 @@ void tst_MainWindowPanels::tuningReadsBackAndOutlivesARestart()
     QVERIFY(autoGet && autoGet->isChecked());
     autoGet->trigger();
     spin("frequencyIdSpin")->setValue(4);
+    // Behind the reads of the start of work the restart would come too late to be seen.
+    QTRY_COMPARE_WITH_TIMEOUT(m_window->radarClient()->lastRadarCommand(), 0, 10000);
     QTRY_VERIFY(m_window->findChild<QWidget*>("saveAndRestartWidget")->isEnabled());
     button("restartRadarButton")->click();
     QVERIFY(waitForRadarState(C::Offline, 5000));

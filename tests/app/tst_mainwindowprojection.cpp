@@ -4,6 +4,7 @@
 #include "projectionpickup.h"
 #include "projectionwidget.h"
 #include "questionanswerer.h"
+#include "setpositionwidget.h"
 #include "tvmsconfigwidget.h"
 #include "workprofilehandler.h"
 
@@ -33,6 +34,7 @@ private slots:
     void videoMenuItemsWriteTheProfile_data();
     void videoMenuItemsWriteTheProfile();
     void cameraEditorReachesTheProjection();
+    void positionBoxAndPickupMeet();
 
 private:
     QJsonValue profileValue(const QString& path) const;
@@ -192,6 +194,26 @@ void tst_MainWindowProjection::cameraEditorReachesTheProjection()
     QCOMPARE(profileValue("view/monitoring_system/tvms_config/horizontal_view_angle").toDouble(),
              48.0);
     QVERIFY(std::fabs(m_window->projectionWidget()->halfViewAngleDegrees() - 24.0) < 1e-9);
+}
+
+void tst_MainWindowProjection::positionBoxAndPickupMeet()
+{
+    // A picked-up pose fills the position box (nothing is sent: the operator checks it
+    // and writes it from there); a pose written from the box is drawn over the video at
+    // once, before the radar confirms it.
+    auto* box = m_window->findChild<SetPositionWidget*>();
+    QVERIFY(box);
+    ProjectionWidget* video = m_window->projectionWidget();
+    emit video->pickedRadarPosition(7.5, 1.25, -9.0, 3.5, -2.0, 0.0);
+    const QStringList names{"height", "xOffset", "yOffset", "azimuth", "altitude"};
+    const QList<double> picked{7.5, 1.25, -9.0, 3.5, -2.0};
+    for (int i = 0; i < names.size(); ++i)
+        QCOMPARE(box->findChild<QDoubleSpinBox*>(names.at(i) + "Spin")->value(), picked.at(i));
+
+    emit box->setPosition(6.0, 0.5, -11.0, 2.0, -4.0, 0.0);
+    const CameraModel::RadarPose pose = video->radarPoseDegrees();
+    QCOMPARE(QList<double>({pose.height, pose.xOffset, pose.yOffset, pose.azimuth}),
+             QList<double>({6.0, 0.5, -11.0, 2.0}));
 }
 
 QTEST_MAIN(tst_MainWindowProjection)

@@ -6,7 +6,6 @@
 
 #include <memory>
 
-using R = TestRecords;
 using C = IOrvexClient;
 
 // The radar takes one command at a time and answers with an acknowledgement that
@@ -21,21 +20,21 @@ private slots:
     void cleanup();
 
     void oneInFlightAndTheGapBetween();
-    void acknowledgementCodes_data();
-    void acknowledgementCodes();
-    void busyRadarIsAskedAgainWithoutLimit();
-    void silentRadarTimesOut();
+    void acknowledgements_data();
+    void acknowledgements();
     void notConnectedGivesUpAfterFiveTries();
-    void acknowledgementWithEmptyQueueIsIgnored();
     void positionCommandsReportTheirValues();
     void offlineDropsTheQueue();
 
 private:
     using Step = QVariantList; // command, state, error
-    static Step step(int command, int state, int error) { return {command, state, error}; }
-    QList<Step> takeSteps();
-    bool answer(quint8 code);
-    bool waitForCommands(int count, int timeoutMs = 3000);
+    static Step step(int command, int state, int error = 0) { return {command, state, error}; }
+    QList<Step> takeSteps()
+    {
+        const QList<Step> steps = *m_steps;
+        m_steps->clear();
+        return steps;
+    }
 
     std::unique_ptr<ClientHarness> m_h;
     std::unique_ptr<QSignalSpy> m_steps;
@@ -54,197 +53,112 @@ void tst_CommandQueue::cleanup()
     m_h.reset();
 }
 
-QList<tst_CommandQueue::Step> tst_CommandQueue::takeSteps()
-{
-    QList<Step> steps;
-    for (const QList<QVariant>& s : *m_steps)
-        steps.append(s);
-    m_steps->clear();
-    return steps;
-}
-
-bool tst_CommandQueue::answer(quint8 code)
-{
-    return m_h->deliver(R::ack(m_h->ids().ack, code));
-}
-
-bool tst_CommandQueue::waitForCommands(int count, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (m_h->server().binaryMessages.size() < count && clock.elapsed() < timeoutMs) {
-        QSignalSpy received(&m_h->server(), &LoopbackServer::binaryReceived);
-        received.wait(int(timeoutMs - clock.elapsed()));
-    }
-    return m_h->server().binaryMessages.size() == count;
-}
-
 void tst_CommandQueue::oneInFlightAndTheGapBetween()
 {
     QVERIFY(m_h->connect());
     IOrvexClient* c = m_h->client();
-    QCOMPARE(c->lastRadarCommand(), 0);
-
+    QVERIFY(m_h->answer(0) && m_h->answer(7)); // nothing in flight: ignored
     c->sendCmdRestart();
     c->sendCmdSaveToFlash();
     c->sendCmdGetImitatorMode();
-    QCOMPARE(takeSteps(),
-             (QList<Step>{step(C::CmdRestart, C::Queued, 0), step(C::CmdRestart, C::InProgress, 0),
-                          step(C::CmdSaveToFlash, C::Queued, 0),
-                          step(C::CmdGetImitatorMode, C::Queued, 0)}));
+    QCOMPARE(
+        takeSteps(),
+        (QList<Step>{step(C::CmdRestart, C::Queued), step(C::CmdRestart, C::InProgress),
+                     step(C::CmdSaveToFlash, C::Queued), step(C::CmdGetImitatorMode, C::Queued)}));
     QCOMPARE(c->lastRadarCommand(), int(C::CmdRestart));
-    QVERIFY(waitForCommands(1));
+    QVERIFY(m_h->waitForSent(1));
 
     QElapsedTimer clock;
     clock.start();
-    QVERIFY(answer(0));
-    QCOMPARE(takeSteps(), (QList<Step>{step(C::CmdRestart, C::Received, 0)}));
+    QVERIFY(m_h->answer(0));
+    QCOMPARE(takeSteps(), QList<Step>{step(C::CmdRestart, C::Received)});
     QCOMPARE(c->lastRadarCommand(), int(C::CmdSaveToFlash));
     QCOMPARE(m_h->server().binaryMessages.size(), 1); // the next waits its 100 ms
-    QVERIFY(waitForCommands(2));
+    QVERIFY(m_h->waitForSent(2));
     QVERIFY2(clock.elapsed() >= 95, qPrintable(QString::number(clock.elapsed())));
-    QCOMPARE(takeSteps(), (QList<Step>{step(C::CmdSaveToFlash, C::InProgress, 0)}));
-
-    QVERIFY(answer(0));
-    QVERIFY(waitForCommands(3));
-    QVERIFY(answer(0));
+    QCOMPARE(takeSteps(), QList<Step>{step(C::CmdSaveToFlash, C::InProgress)});
+    QVERIFY(m_h->answer(0) && m_h->waitForSent(3) && m_h->answer(0));
     QCOMPARE(c->lastRadarCommand(), 0);
-    QCOMPARE(m_h->server().binaryMessages.at(0).toHex(), QByteArray("04f2080000000081000000"));
 }
 
-void tst_CommandQueue::acknowledgementCodes_data()
+void tst_CommandQueue::acknowledgements_data()
 {
-    QTest::addColumn<int>("code");
+    QTest::addColumn<QList<int>>("codes"); // the radar's answers to the sends, in order
     QTest::addColumn<int>("finalState");
-    QTest::addColumn<int>("sends"); // how often the command went on the wire
-
-    QTest::newRow("code 0 received at once") << 0 << int(C::Received) << 1;
-    QTest::newRow("code 7 retried until the fifth failure") << 7 << int(C::Error) << 5;
-    QTest::newRow("code 1 is an error") << 1 << int(C::Error) << 5;
-    QTest::newRow("code 254 is an error") << 254 << int(C::Error) << 5;
+    QTest::newRow("code 0 received at once") << QList<int>{0} << int(C::Received);
+    QTest::newRow("code 254 retried until the fifth failure")
+        << QList<int>{254, 254, 254, 254, 254} << int(C::Error);
+    QTest::newRow("busy radar asked again without limit")
+        << QList<int>{255, 255, 255, 255, 255, 255, 255, 255, 0} << int(C::Received);
+    QTest::newRow("busy answers leave the retries")
+        << QList<int>{7, 255, 7, 7, 255, 7, 7} << int(C::Error);
 }
 
-void tst_CommandQueue::acknowledgementCodes()
+void tst_CommandQueue::acknowledgements()
 {
-    QFETCH(int, code);
+    QFETCH(QList<int>, codes);
     QFETCH(int, finalState);
-    QFETCH(int, sends);
 
     QVERIFY(m_h->connect());
     m_h->client()->sendCmdSelfDiagnostics();
-    QList<Step> expected{step(C::CmdSelfDiagnostics, C::Queued, 0),
-                         step(C::CmdSelfDiagnostics, C::InProgress, 0)};
-    for (int i = 1; i <= sends; ++i) {
-        QVERIFY(waitForCommands(i));
-        QVERIFY(answer(quint8(code)));
-        if (i < sends) {
-            expected.append(step(C::CmdSelfDiagnostics, C::InProgress, code));
-            QVERIFY(waitForCommands(i + 1));
-            expected.append(step(C::CmdSelfDiagnostics, C::InProgress, 0));
-        }
+    const int cmd = C::CmdSelfDiagnostics;
+    QList<Step> expected{step(cmd, C::Queued), step(cmd, C::InProgress)};
+    for (int i = 0; i < codes.size(); ++i) {
+        QVERIFY(m_h->waitForSent(i + 1));
+        QVERIFY(m_h->answer(quint8(codes[i])));
+        if (i + 1 < codes.size())
+            expected << step(cmd, C::InProgress, codes[i]) << step(cmd, C::InProgress);
     }
-    expected.append(step(C::CmdSelfDiagnostics, finalState, code));
+    expected << step(cmd, finalState, codes.last());
     QCOMPARE(takeSteps(), expected);
     QCOMPARE(m_h->client()->lastRadarCommand(), 0);
-    // All sends were the same frame.
-    for (const QByteArray& sent : m_h->server().binaryMessages)
-        QCOMPARE(sent, m_h->server().binaryMessages.first());
-}
-
-void tst_CommandQueue::busyRadarIsAskedAgainWithoutLimit()
-{
-    QVERIFY(m_h->connect());
-    m_h->client()->sendCmdGetFrequencyIndex();
-    for (int i = 1; i <= 8; ++i) {
-        QVERIFY(waitForCommands(i));
-        QVERIFY(answer(255));
-    }
-    QVERIFY(waitForCommands(9));
-    QVERIFY(answer(0));
-    const QList<Step> steps = takeSteps();
-    QCOMPARE(steps.count(), 1 + 9 + 8 + 1);
-    QCOMPARE(steps.at(2), step(C::CmdGetFrequencyIndex, C::InProgress, 255));
-    QCOMPARE(steps.last(), step(C::CmdGetFrequencyIndex, C::Received, 0));
-}
-
-void tst_CommandQueue::silentRadarTimesOut()
-{
-    QVERIFY(m_h->connect());
-    QElapsedTimer clock;
-    clock.start();
-    m_h->client()->sendCmdGetRadarSensitivity();
-    QTRY_COMPARE_WITH_TIMEOUT(m_h->client()->lastRadarCommand(), 0, 8000);
-    // Five sends, each waited for 900 ms, with 100 ms between them.
-    QVERIFY2(clock.elapsed() >= 4850, qPrintable(QString::number(clock.elapsed())));
-    QCOMPARE(m_h->server().binaryMessages.size(), 5);
-    const QList<Step> steps = takeSteps();
-    QCOMPARE(steps.count(), 1 + 5 + 5);
-    QCOMPARE(steps.at(2), step(C::CmdGetRadarSensitivity, C::InProgress, -7));
-    QCOMPARE(steps.last(), step(C::CmdGetRadarSensitivity, C::Error, -7));
+    const QList<QByteArray>& sent = m_h->server().binaryMessages;
+    QCOMPARE(sent.count(sent.first()), codes.size()); // every send the same frame
 }
 
 void tst_CommandQueue::notConnectedGivesUpAfterFiveTries()
 {
     QElapsedTimer clock;
     clock.start();
-    const int imitator = C::CmdSetImitatorMode;
-    const int restart = C::CmdRestart;
     m_h->client()->sendCmdSetImitatorMode(1);
     m_h->client()->sendCmdRestart();
     QTRY_COMPARE(m_h->client()->lastRadarCommand(), 0);
     // Each gives up on its fifth failed attempt, 100 ms apart.
     QVERIFY2(clock.elapsed() >= 880, qPrintable(QString::number(clock.elapsed())));
-    const QList<Step> expected{step(imitator, C::Queued, 0),      step(imitator, C::InProgress, -3),
-                               step(restart, C::Queued, 0),       step(imitator, C::InProgress, -3),
-                               step(imitator, C::InProgress, -3), step(imitator, C::InProgress, -3),
-                               step(imitator, C::Error, -3),      step(restart, C::InProgress, -3),
-                               step(restart, C::InProgress, -3),  step(restart, C::InProgress, -3),
-                               step(restart, C::InProgress, -3),  step(restart, C::Error, -3)};
-    QCOMPARE(takeSteps(), expected);
-}
-
-void tst_CommandQueue::acknowledgementWithEmptyQueueIsIgnored()
-{
-    QVERIFY(m_h->connect());
-    QVERIFY(answer(0));
-    QVERIFY(answer(7));
-    QCOMPARE(m_steps->count(), 0);
-    m_h->client()->sendCmdGetPolygonUsage();
-    QVERIFY(waitForCommands(1));
-    QVERIFY(answer(0));
-    QCOMPARE(takeSteps().last(), step(C::CmdGetPolygonUsage, C::Received, 0));
+    const int imitator = C::CmdSetImitatorMode, restart = C::CmdRestart, retry = C::InProgress;
+    QCOMPARE(takeSteps(), (QList<Step>{step(imitator, C::Queued), step(imitator, retry, -3),
+                                       step(restart, C::Queued), step(imitator, retry, -3),
+                                       step(imitator, retry, -3), step(imitator, retry, -3),
+                                       step(imitator, C::Error, -3), step(restart, retry, -3),
+                                       step(restart, retry, -3), step(restart, retry, -3),
+                                       step(restart, retry, -3), step(restart, C::Error, -3)}));
 }
 
 void tst_CommandQueue::positionCommandsReportTheirValues()
 {
+    // The three frames of a position write and the read report every value by its own
+    // id, in a fixed order: X and Y offset; height, azimuth, altitude; roll.
     QVERIFY(m_h->connect());
     m_h->client()->sendCmdSetPosition(5, -1.5, 0, -90, 0, 0);
-    QCOMPARE(takeSteps(), (QList<Step>{step(12, C::Queued, 0), step(14, C::Queued, 0),
-                                       step(12, C::InProgress, 0), step(14, C::InProgress, 0),
-                                       step(10, C::Queued, 0), step(16, C::Queued, 0),
-                                       step(18, C::Queued, 0), step(20, C::Queued, 0)}));
+    QCOMPARE(takeSteps(),
+             (QList<Step>{step(12, C::Queued), step(14, C::Queued), step(12, C::InProgress),
+                          step(14, C::InProgress), step(10, C::Queued), step(16, C::Queued),
+                          step(18, C::Queued), step(20, C::Queued)}));
     QCOMPARE(m_h->client()->lastRadarCommand(), int(C::CmdSetPosition0));
-    QVERIFY(waitForCommands(1));
-    QVERIFY(answer(0));
-    QCOMPARE(takeSteps(), (QList<Step>{step(12, C::Received, 0), step(14, C::Received, 0)}));
-    QVERIFY(waitForCommands(2));
-    QVERIFY(answer(3));
-    QCOMPARE(takeSteps(), (QList<Step>{step(10, C::InProgress, 0), step(16, C::InProgress, 0),
-                                       step(18, C::InProgress, 0), step(10, C::InProgress, 3),
+    QVERIFY(m_h->waitForSent(1) && m_h->answer(0));
+    QCOMPARE(takeSteps(), (QList<Step>{step(12, C::Received), step(14, C::Received)}));
+    QVERIFY(m_h->waitForSent(2) && m_h->answer(3));
+    QCOMPARE(takeSteps(), (QList<Step>{step(10, C::InProgress), step(16, C::InProgress),
+                                       step(18, C::InProgress), step(10, C::InProgress, 3),
                                        step(16, C::InProgress, 3), step(18, C::InProgress, 3)}));
-    QVERIFY(waitForCommands(3));
-    QVERIFY(answer(0));
-    QVERIFY(waitForCommands(4));
-    QVERIFY(answer(0));
-    QCOMPARE(takeSteps().last(), step(20, C::Received, 0));
+    QVERIFY(m_h->waitForSent(3) && m_h->answer(0) && m_h->waitForSent(4) && m_h->answer(0));
+    QCOMPARE(takeSteps().last(), step(20, C::Received));
 
     m_h->client()->sendCmdGetPosition();
-    QVERIFY(waitForCommands(5));
-    QVERIFY(answer(0));
-    const QList<Step> steps = takeSteps();
-    QCOMPARE(steps.mid(12), (QList<Step>{step(13, C::Received, 0), step(15, C::Received, 0),
-                                         step(11, C::Received, 0), step(17, C::Received, 0),
-                                         step(19, C::Received, 0), step(21, C::Received, 0)}));
+    QVERIFY(m_h->waitForSent(5) && m_h->answer(0));
+    QCOMPARE(takeSteps().mid(12),
+             (QList<Step>{step(13, C::Received), step(15, C::Received), step(11, C::Received),
+                          step(17, C::Received), step(19, C::Received), step(21, C::Received)}));
 }
 
 void tst_CommandQueue::offlineDropsTheQueue()
@@ -254,28 +168,25 @@ void tst_CommandQueue::offlineDropsTheQueue()
     m_h->client()->sendCmdGetHardwareInfo();
     m_h->client()->sendCmdGetFirmwareInfo();
     m_h->client()->sendCmdRestart();
-    QVERIFY(waitForCommands(1));
+    QVERIFY(m_h->waitForSent(1));
     takeSteps();
 
     // An acknowledgement alone carries no CAN frame: with two empty messages right
     // behind it, the radar is confirmed offline before the next command's 100 ms pass.
     QSignalSpy finished(m_h->client(), &C::frameFinished);
-    m_h->server().sendBinary(R::ack(m_h->ids().ack, 0));
+    m_h->server().sendBinary(TestRecords::ack(m_h->ids().ack, 0));
     m_h->server().sendBinary(QByteArray());
     m_h->server().sendBinary(QByteArray());
-    while (finished.count() < 3)
-        QVERIFY(finished.wait(2000));
-    QCOMPARE(takeSteps(), (QList<Step>{step(C::CmdGetHardwareInfo, C::Received, 0),
+    QTRY_COMPARE(finished.count(), 3);
+    QCOMPARE(takeSteps(), (QList<Step>{step(C::CmdGetHardwareInfo, C::Received),
                                        step(C::CmdGetFirmwareInfo, C::None, 255),
                                        step(C::CmdRestart, C::None, 255)}));
     QCOMPARE(m_h->client()->lastRadarCommand(), 0);
 
     // The send tick started by that acknowledgement must not send a new head twice.
     m_h->client()->sendCmdSaveToFlash();
-    QVERIFY(waitForCommands(2));
-    QSignalSpy received(&m_h->server(), &LoopbackServer::binaryReceived);
-    QVERIFY(!received.wait(300));
-    QCOMPARE(m_h->server().binaryMessages.size(), 2);
+    QVERIFY(m_h->waitForSent(2));
+    QVERIFY(!QSignalSpy(&m_h->server(), &LoopbackServer::binaryReceived).wait(300));
 }
 
 QTEST_GUILESS_MAIN(tst_CommandQueue)

@@ -2,21 +2,15 @@
 #include "workprofilehandler.h"
 #include "workprofilewidget.h"
 
-#include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
-#include <QFile>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <functional>
 #include <memory>
-
-namespace { } // namespace
 
 class tst_WorkProfileWidget : public QObject
 {
@@ -26,25 +20,41 @@ private slots:
     void init();
     void cleanup();
 
-    void listMarksCurrentProfile();
     void buttonRules_data();
     void buttonRules();
     // Answering No must restore the edited row without asking a second time.
-    void switchRowAnsweredNo();
-    void switchRowAnsweredYes();
+    void switchRowWithUnsavedEdit_data();
+    void switchRowWithUnsavedEdit();
     void applyAsksOnlyOnReselection();
     void appendCopiesSelectedProfile();
     void deleteSelectsSameRowOrLast();
-    void saveRenames();
     void closeAsksAboutUnsavedEdit();
 
 private:
     void openWith(const QStringList& names, int current);
-    void editName(const QString& text);
-    void click(const char* name,
-               QDialogButtonBox::StandardButton which = QDialogButtonBox::NoButton);
-    bool saveEnabled() const;
-    QStringList rows() const;
+    void editName(const QString& text)
+    {
+        m_name->selectAll();
+        QTest::keyClick(m_name, Qt::Key_Backspace);
+        QTest::keyClicks(m_name, text);
+    }
+    void click(const char* box, QDialogButtonBox::StandardButton which)
+    {
+        m_widget->findChild<QDialogButtonBox*>(box)->button(which)->click();
+    }
+    bool saveEnabled() const
+    {
+        return m_widget->findChild<QDialogButtonBox*>("saveProfileButtonBox")
+            ->button(QDialogButtonBox::Save)
+            ->isEnabled();
+    }
+    QStringList rows() const
+    {
+        QStringList texts;
+        for (int row = 0; row < m_list->count(); ++row)
+            texts << m_list->item(row)->text();
+        return texts;
+    }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_previousDir;
@@ -52,19 +62,20 @@ private:
     QListWidget* m_list = nullptr;
     QLineEdit* m_name = nullptr;
     QPushButton* m_delete = nullptr;
+    QPushButton* m_append = nullptr;
 };
 
 void tst_WorkProfileWidget::init()
 {
     m_previousDir = QDir::currentPath();
     m_dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_dir->isValid());
-    QVERIFY(QDir::setCurrent(m_dir->path()));
+    QVERIFY(m_dir->isValid() && QDir::setCurrent(m_dir->path()));
     m_widget = std::make_unique<WorkProfileWidget>();
     m_list = m_widget->findChild<QListWidget*>("allProfilesList");
     m_name = m_widget->findChild<QLineEdit*>("profileNameEdit");
     m_delete = m_widget->findChild<QPushButton*>("deleteProfileButton");
-    QVERIFY(m_list && m_name && m_delete);
+    m_append = m_widget->findChild<QPushButton*>("appendProfileButton");
+    QVERIFY(m_list && m_name && m_delete && m_append);
 }
 
 void tst_WorkProfileWidget::cleanup()
@@ -77,62 +88,12 @@ void tst_WorkProfileWidget::cleanup()
 void tst_WorkProfileWidget::openWith(const QStringList& names, int current)
 {
     WorkProfileHandler* handler = m_widget->profileHandler();
-    if (names.isEmpty()) {
-        handler->applyProfile(-1);
-    } else {
-        QStringList profiles;
-        for (const QString& name : names)
-            profiles << QString("{\"name\": \"%1\"}").arg(name);
-        QFile file(WorkProfileHandler::SettingsFilePath);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QString("{\"profiles\": [%1], \"current_id\": %2}")
-                       .arg(profiles.join(','))
-                       .arg(current)
-                       .toUtf8());
-        file.close();
-        handler->loadProfiles(WorkProfileHandler::SettingsFilePath);
-    }
+    handler->applyProfile(-1);
+    for (int i = 0; i < names.size(); ++i)
+        handler->renameProfile(i == 0 ? 0 : handler->appendProfile(-1), names[i]);
+    handler->applyProfile(current);
     m_widget->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_widget.get()));
-}
-
-void tst_WorkProfileWidget::editName(const QString& text)
-{
-    m_name->selectAll();
-    QTest::keyClick(m_name, Qt::Key_Backspace);
-    QTest::keyClicks(m_name, text);
-}
-
-void tst_WorkProfileWidget::click(const char* name, QDialogButtonBox::StandardButton which)
-{
-    if (which == QDialogButtonBox::NoButton)
-        m_widget->findChild<QPushButton*>(name)->click();
-    else
-        m_widget->findChild<QDialogButtonBox*>(name)->button(which)->click();
-}
-
-bool tst_WorkProfileWidget::saveEnabled() const
-{
-    return m_widget->findChild<QDialogButtonBox*>("saveProfileButtonBox")
-        ->button(QDialogButtonBox::Save)
-        ->isEnabled();
-}
-
-QStringList tst_WorkProfileWidget::rows() const
-{
-    QStringList texts;
-    for (int row = 0; row < m_list->count(); ++row)
-        texts << m_list->item(row)->text();
-    return texts;
-}
-
-void tst_WorkProfileWidget::listMarksCurrentProfile()
-{
-    openWith({"Day", "Night", "Rain"}, 1);
-    QCOMPARE(rows(), (QStringList{"Day", "Night [current]", "Rain"}));
-    QCOMPARE(m_list->currentRow(), 1);
-    QCOMPARE(m_name->text(), QString("Night"));
-    QVERIFY(!saveEnabled());
 }
 
 void tst_WorkProfileWidget::buttonRules_data()
@@ -159,8 +120,8 @@ void tst_WorkProfileWidget::buttonRules()
     QFETCH(QString, typed);
     QFETCH(bool, deleteEnabled);
     QFETCH(bool, saveEnabled);
-
     openWith(names, 0);
+    QCOMPARE(rows().value(0), names[0] + " [current]");
     m_list->setCurrentRow(selected);
     if (!typed.isNull())
         editName(typed);
@@ -168,42 +129,34 @@ void tst_WorkProfileWidget::buttonRules()
     QCOMPARE(this->saveEnabled(), saveEnabled);
 }
 
-void tst_WorkProfileWidget::switchRowAnsweredNo()
+void tst_WorkProfileWidget::switchRowWithUnsavedEdit_data()
 {
+    QTest::addColumn<bool>("answerYes");
+    QTest::newRow("answered No keeps the edit on its row") << false;
+    QTest::newRow("answered Yes drops the edit") << true;
+}
+
+void tst_WorkProfileWidget::switchRowWithUnsavedEdit()
+{
+    QFETCH(bool, answerYes);
     openWith({"A", "B", "C"}, 0);
     m_list->setCurrentRow(2);
     editName("Renamed");
 
-    QuestionAnswerer answerer(QMessageBox::No);
+    QuestionAnswerer answerer(answerYes ? QMessageBox::Yes : QMessageBox::No);
     m_list->setCurrentRow(1);
     QCOMPARE(answerer.count, 1);
     QCOMPARE(answerer.title, QString("Warning"));
     QCOMPARE(answerer.text, QString("All unsaved data will be lost. Continue?"));
-    QTRY_COMPARE(m_list->currentRow(), 2);
-    QCOMPARE(m_name->text(), QString("Renamed"));
-    QVERIFY(saveEnabled());
+    QTRY_COMPARE(m_list->currentRow(), answerYes ? 1 : 2);
+    QCOMPARE(m_name->text(), QString(answerYes ? "B" : "Renamed"));
+    QCOMPARE(saveEnabled(), !answerYes);
     QCOMPARE(answerer.count, 1);
 
-    // The kept edit still belongs to the edited row: saving renames that profile.
+    // Saving renames the profile of the kept edit; after that nothing is asked.
     click("saveProfileButtonBox", QDialogButtonBox::Save);
-    QCOMPARE(m_widget->profileHandler()->profileNames(), (QStringList{"A", "B", "Renamed"}));
-}
-
-void tst_WorkProfileWidget::switchRowAnsweredYes()
-{
-    openWith({"A", "B", "C"}, 0);
-    m_list->setCurrentRow(2);
-    editName("Renamed");
-
-    QuestionAnswerer answerer(QMessageBox::Yes);
-    m_list->setCurrentRow(1);
-    QCOMPARE(answerer.count, 1);
-    QCOMPARE(m_list->currentRow(), 1);
-    QCOMPARE(m_name->text(), QString("B"));
+    QCOMPARE(rows(), (QStringList{"A [current]", "B", answerYes ? "C" : "Renamed"}));
     QVERIFY(!saveEnabled());
-    QCOMPARE(m_widget->profileHandler()->profileNames(), (QStringList{"A", "B", "C"}));
-
-    // The edit is gone: the next row change asks nothing.
     m_list->setCurrentRow(0);
     QCOMPARE(answerer.count, 1);
 }
@@ -213,13 +166,11 @@ void tst_WorkProfileWidget::applyAsksOnlyOnReselection()
     openWith({"A", "B", "C"}, 0);
     m_list->setCurrentRow(2);
     editName("Renamed");
-
     QStringList events;
     connect(m_widget->profileHandler(), &WorkProfileHandler::applyingProfileStarted, this,
             [&](const QString& name) { events << "applied " + name; });
     QuestionAnswerer answerer(QMessageBox::Yes, [&] { events << QStringLiteral("asked"); });
     click("applyProfileButtonBox", QDialogButtonBox::Apply);
-
     QCOMPARE(events, (QStringList{"applied C", "asked"}));
     QCOMPARE(rows(), (QStringList{"A", "B", "C [current]"}));
     QCOMPARE(m_list->currentRow(), 2);
@@ -229,54 +180,33 @@ void tst_WorkProfileWidget::applyAsksOnlyOnReselection()
 
 void tst_WorkProfileWidget::appendCopiesSelectedProfile()
 {
-    openWith({}, 0);
+    openWith({"A"}, 0);
     m_widget->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(m_widget.get()));
-    QCOMPARE(m_list->currentRow(), 0);
-
-    click("appendProfileButton");
-    QCOMPARE(rows(), (QStringList{"Default profile [current]", "Default profile (copy)"}));
+    m_append->click();
+    QCOMPARE(rows(), (QStringList{"A [current]", "A (copy)"}));
     QCOMPARE(m_list->currentRow(), 1);
-    QCOMPARE(m_name->text(), QString("Default profile (copy)"));
-    QCOMPARE(m_name->selectedText(), m_name->text());
+    QCOMPARE(m_name->selectedText(), QString("A (copy)"));
     QTRY_VERIFY(m_name->hasFocus());
     QCOMPARE(m_widget->profileHandler()->currentProfileId(), 0);
-
     // With no row selected, "+" adds a fresh default profile.
     m_list->setCurrentRow(-1);
-    click("appendProfileButton");
-    QCOMPARE(m_widget->profileHandler()->profileNames().last(), QString("Default profile"));
+    m_append->click();
+    QCOMPARE(rows().last(), QString("Default profile"));
 }
 
 void tst_WorkProfileWidget::deleteSelectsSameRowOrLast()
 {
     openWith({"A", "B", "C", "D"}, 0);
     m_list->setCurrentRow(1);
-    click("deleteProfileButton");
+    m_delete->click();
     QCOMPARE(rows(), (QStringList{"A [current]", "C", "D"}));
     QCOMPARE(m_list->currentRow(), 1); // the next one moved up
     QCOMPARE(m_name->text(), QString("C"));
-
     m_list->setCurrentRow(2);
-    click("deleteProfileButton");
+    m_delete->click();
     QCOMPARE(rows(), (QStringList{"A [current]", "C"}));
     QCOMPARE(m_list->currentRow(), 1); // the new last row
-}
-
-void tst_WorkProfileWidget::saveRenames()
-{
-    openWith({"A", "B"}, 1);
-    editName("Night");
-    click("saveProfileButtonBox", QDialogButtonBox::Save);
-    QCOMPARE(rows(), (QStringList{"A", "Night [current]"}));
-    QCOMPARE(m_list->currentRow(), 1);
-    QVERIFY(!saveEnabled());
-
-    // Saved: changing rows asks nothing.
-    QuestionAnswerer answerer(QMessageBox::No);
-    m_list->setCurrentRow(0);
-    QCOMPARE(answerer.count, 0);
-    QCOMPARE(m_list->currentRow(), 0);
 }
 
 void tst_WorkProfileWidget::closeAsksAboutUnsavedEdit()
@@ -284,18 +214,13 @@ void tst_WorkProfileWidget::closeAsksAboutUnsavedEdit()
     openWith({"A", "B"}, 0);
     editName("Edited");
     QSignalSpy aboutToClose(m_widget.get(), &StandaloneWidget::aboutToClose);
-    {
-        QuestionAnswerer answerer(QMessageBox::No);
+    for (bool answerYes : {false, true}) {
+        QuestionAnswerer answerer(answerYes ? QMessageBox::Yes : QMessageBox::No);
         click("applyProfileButtonBox", QDialogButtonBox::Close);
         QCOMPARE(answerer.count, 1);
-        QVERIFY(m_widget->isVisible());
+        QCOMPARE(m_widget->isVisible(), !answerYes);
+        QCOMPARE(aboutToClose.count(), answerYes ? 1 : 0);
     }
-    QCOMPARE(aboutToClose.count(), 0);
-    QuestionAnswerer answerer(QMessageBox::Yes);
-    click("applyProfileButtonBox", QDialogButtonBox::Close);
-    QCOMPARE(answerer.count, 1);
-    QVERIFY(!m_widget->isVisible());
-    QCOMPARE(aboutToClose.count(), 1);
 }
 
 QTEST_MAIN(tst_WorkProfileWidget)

@@ -2,6 +2,7 @@
 
 #include "testrecords.h"
 
+#include <QDeadlineTimer>
 #include <QSignalSpy>
 
 ClientHarness::ClientHarness(int variant)
@@ -47,6 +48,20 @@ bool ClientHarness::makeWorking()
             return false;
     }
     return m_client->radarState() == IOrvexClient::Working;
+}
+
+bool ClientHarness::answer(quint8 code)
+{
+    return deliver(TestRecords::ack(m_ids.ack, code));
+}
+
+bool ClientHarness::waitForSent(int count, int timeoutMs)
+{
+    QDeadlineTimer deadline(timeoutMs);
+    while (m_server->binaryMessages.size() < count && !deadline.hasExpired())
+        QSignalSpy(m_server.get(), &LoopbackServer::binaryReceived)
+            .wait(int(deadline.remainingTime()));
+    return m_server->binaryMessages.size() == count;
 }
 
 QByteArray ClientHarness::syncFrame() const

@@ -26,6 +26,10 @@ public:
     // Working (advancing cycle numbers).
     bool makeBusy();
     bool makeWorking();
+    // Answers the command in flight with an acknowledgement carrying `code`.
+    bool answer(quint8 code);
+    // Waits until the server has received exactly `count` binary messages.
+    bool waitForSent(int count, int timeoutMs = 3000);
 
     QByteArray syncFrame() const;
     QByteArray cycleFrame(quint32 cycle) const;

@@ -23,5 +23,7 @@ signals:
     void lineAdded(const QString& line);
 
 private:
-    void add(const QString& line);
+    template<typename... Args> void record(void (IOrvexClient::*signal)(Args...), const char* name);
+
+    IOrvexClient* m_client;
 };

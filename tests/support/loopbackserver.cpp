@@ -33,24 +33,13 @@ LoopbackServer::LoopbackServer(QObject* parent)
         }
     });
     m_server->listen(QHostAddress::LocalHost, 0);
-    m_port = m_server->serverPort();
 }
 
 LoopbackServer::~LoopbackServer() = default;
 
 QUrl LoopbackServer::url() const
 {
-    return QUrl(QStringLiteral("ws://127.0.0.1:%1/").arg(m_port));
-}
-
-quint16 LoopbackServer::port() const
-{
-    return m_port;
-}
-
-bool LoopbackServer::isListening() const
-{
-    return m_server->isListening();
+    return QUrl(QStringLiteral("ws://127.0.0.1:%1/").arg(m_server->serverPort()));
 }
 
 bool LoopbackServer::waitForClient(int timeoutMs)
@@ -82,9 +71,4 @@ void LoopbackServer::closeClient()
 void LoopbackServer::stopListening()
 {
     m_server->close();
-}
-
-bool LoopbackServer::listenAgain()
-{
-    return m_server->listen(QHostAddress::LocalHost, m_port);
 }

@@ -20,8 +20,6 @@ public:
     ~LoopbackServer() override;
 
     QUrl url() const;
-    quint16 port() const;
-    bool isListening() const;
 
     // The most recent connection, or null.
     QWebSocket* client() const { return m_client; }
@@ -32,7 +30,6 @@ public:
     // Closes the connection from the server's side.
     void closeClient();
     void stopListening();
-    bool listenAgain();
 
     QList<QByteArray> binaryMessages;
     QStringList textMessages;
@@ -46,5 +43,4 @@ signals:
 private:
     QWebSocketServer* m_server = nullptr;
     QWebSocket* m_client = nullptr;
-    quint16 m_port = 0;
 };

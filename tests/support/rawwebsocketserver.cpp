@@ -8,7 +8,7 @@
 
 namespace {
 const QByteArray WebSocketGuid = "258EAFA5-E914-47DA-95CA-C5AB0DC85B11";
-enum Opcode : quint8 { Text = 0x1, Binary = 0x2, Close = 0x8, Ping = 0x9, Pong = 0xA };
+enum Opcode : quint8 { Close = 0x8, Ping = 0x9, Pong = 0xA };
 } // namespace
 
 RawWebSocketServer::RawWebSocketServer(QObject* parent)
@@ -24,10 +24,8 @@ RawWebSocketServer::RawWebSocketServer(QObject* parent)
             m_handshakeDone = false;
             connect(socket, &QTcpSocket::readyRead, this, &RawWebSocketServer::onReadyRead);
             connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
-                if (m_socket == socket) {
+                if (m_socket == socket)
                     m_socket = nullptr;
-                    emit clientGone();
-                }
                 socket->deleteLater();
             });
         }
@@ -46,16 +44,6 @@ void RawWebSocketServer::setPongMode(PongMode mode, const QByteArray& fixedPaylo
 {
     m_pongMode = mode;
     m_fixedPayload = fixedPayload;
-}
-
-void RawWebSocketServer::sendPong(const QByteArray& payload)
-{
-    sendFrame(Pong, payload);
-}
-
-void RawWebSocketServer::sendBinary(const QByteArray& payload)
-{
-    sendFrame(Binary, payload);
 }
 
 void RawWebSocketServer::onReadyRead()

@@ -23,8 +23,6 @@ public:
     QUrl url() const;
 
     void setPongMode(PongMode mode, const QByteArray& fixedPayload = {});
-    void sendPong(const QByteArray& payload);
-    void sendBinary(const QByteArray& payload);
 
     int connectionCount() const { return m_connectionCount; }
 
@@ -32,7 +30,6 @@ signals:
     void clientConnected();
     void pingReceived(const QByteArray& payload);
     void closeReceived(quint16 code);
-    void clientGone();
 
 private:
     void onReadyRead();

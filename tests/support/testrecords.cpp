@@ -40,19 +40,15 @@ QByteArray TestRecords::header(const QDateTime& utc)
     return bytes;
 }
 
-quint64 TestRecords::roadObject(quint8 id, quint32 lengthRaw, quint32 ySpeedRaw, quint32 xSpeedRaw,
-                                quint32 yRangeRaw, quint32 xRangeRaw)
-{
-    return quint64(id & 0x3F) << 58 | quint64(lengthRaw & 0xFF) << 50
-           | quint64(ySpeedRaw & 0x7FF) << 39 | quint64(xSpeedRaw & 0x7FF) << 28
-           | quint64(yRangeRaw & 0x3FFF) << 14 | quint64(xRangeRaw & 0x3FFF);
-}
-
 quint64 TestRecords::roadObjectAt(quint8 id, double xRange, double yRange, double xSpeed,
                                   double ySpeed, double length)
 {
-    return roadObject(
-        id, quint32(std::lround(length / 0.2)), quint32(std::lround(ySpeed / 0.1) + 1024),
-        quint32(std::lround(xSpeed / 0.1) + 1024), quint32(std::lround(yRange / 0.064) + 8192),
-        quint32(std::lround(xRange / 0.064) + 8192));
+    // id 6 bits, length 8 bits in 0.2 m, speeds 11 bits in 0.1 m/s offset by 1024,
+    // ranges 14 bits in 0.064 m offset by 8192.
+    auto raw = [](double value, double step, int offset, int bits) {
+        return quint64(std::lround(value / step) + offset) & ((quint64(1) << bits) - 1);
+    };
+    return quint64(id & 0x3F) << 58 | raw(length, 0.2, 0, 8) << 50
+           | raw(ySpeed, 0.1, 1024, 11) << 39 | raw(xSpeed, 0.1, 1024, 11) << 28
+           | raw(yRange, 0.064, 8192, 14) << 14 | raw(xRange, 0.064, 8192, 14);
 }

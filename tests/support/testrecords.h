@@ -16,9 +16,6 @@ public:
     // The server's 12-byte "#DT" UTC time stamp.
     static QByteArray header(const QDateTime& utc);
 
-    // Road-object payload from raw field values (before offsets and steps).
-    static quint64 roadObject(quint8 id, quint32 lengthRaw, quint32 ySpeedRaw, quint32 xSpeedRaw,
-                              quint32 yRangeRaw, quint32 xRangeRaw);
     // Road-object payload from physical values: metres and m/s.
     static quint64 roadObjectAt(quint8 id, double xRange, double yRange, double xSpeed = 0,
                                 double ySpeed = 0, double length = 4.0);

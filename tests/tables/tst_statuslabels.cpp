@@ -7,12 +7,8 @@
 #include <QtTest>
 
 namespace {
-const QColor Pending(191, 0, 191);
-const QColor Good(0, 191, 0);
-const QColor Bad(191, 0, 0);
+const QColor Pending(191, 0, 191), Good(0, 191, 0), Bad(191, 0, 0), Unchanged;
 const QString Port = QStringLiteral("/dev/ttyUSB0");
-const char* const ConnectionSlots[]
-    = {"showConnecting", "showConnected", "showNotConnected", "showDisconnected"};
 
 QColor textColor(const QLabel& label)
 {
@@ -20,177 +16,132 @@ QColor textColor(const QLabel& label)
 }
 } // namespace
 
+// The status bar: what each label shows for each report, in which colour, and when it
+// hides again.
 class tst_StatusLabels : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void radarState_data();
-    void radarState();
-    void serverConnection_data();
-    void serverConnection();
-    // Ping, protocol and server state show from a report until the next connection event.
+    void reports_data();
+    void reports();
     void reportsHiddenByConnectionEvents_data();
     void reportsHiddenByConnectionEvents();
-    void protocol_data();
-    void protocol();
-    void serverState_data();
-    void serverState();
     void hardwareInfoWhileWorking();
 };
 
-void tst_StatusLabels::radarState_data()
+void tst_StatusLabels::reports_data()
 {
-    QTest::addColumn<QList<int>>("states");
-    QTest::addColumn<QString>("text");
+    // Steps: a slot of the label, optionally with an int argument: "showRadarState 2".
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<QString>("steps");
+    QTest::addColumn<QString>("text"); // empty: hidden
     QTest::addColumn<QColor>("color");
 
-    QTest::newRow("-1 wrong messages")
-        << QList<int>{-1} << "[Wrong messages. Check selected protocol]" << Bad;
-    QTest::newRow("0 no messages") << QList<int>{0} << "[No messages from radar]" << Bad;
-    QTest::newRow("1 busy") << QList<int>{1} << "[Radar is busy now]" << Pending;
-    QTest::newRow("2 working") << QList<int>{2} << "[Radar is working]" << Good;
-    QTest::newRow("unknown state changes nothing")
-        << QList<int>{2, 3} << "[Radar is working]" << Good;
+    auto row = [](const char* name, const char* label, const char* steps, const char* text,
+                  QColor color) {
+        QTest::newRow(name) << QString(label) << QString(steps) << QString(text) << color;
+    };
+    row("radar -1 wrong messages", "radar", "-1", "[Wrong messages. Check selected protocol]", Bad);
+    row("radar 0 no messages", "radar", "0", "[No messages from radar]", Bad);
+    row("radar 1 busy", "radar", "1", "[Radar is busy now]", Pending);
+    row("radar 2 working", "radar", "2", "[Radar is working]", Good);
+    row("radar: unknown state changes nothing", "radar", "2 3", "[Radar is working]", Good);
+    row("connecting", "connection", "showConnecting", "[Connecting to ws://127.0.0.1:7578/]",
+        Pending);
+    row("connected", "connection", "showConnected", "[Connected to ws://127.0.0.1:7578/]", Good);
+    row("not connected", "connection", "showNotConnected",
+        "[No connection to ws://127.0.0.1:7578/]", Bad);
+    row("disconnected", "connection", "showDisconnected",
+        "[Disconnected from ws://127.0.0.1:7578/]", Bad);
+    row("ping latency", "ping", "42", "[Ping timeout: 42 ms]", Unchanged);
+    row("protocol 0 is SerD", "protocol", "0", "[SerD]", Unchanged);
+    row("protocol 1 is SerP", "protocol", "1", "[SerP]", Unchanged);
+    row("protocol 2 leaves the label as it was", "protocol", "1 2", "[SerP]", Unchanged);
+    row("protocol unknown first shows nothing", "protocol", "2", "", Unchanged);
+    row("server 0 connecting to the port service", "server", "0", "[Connecting to RSPS]", Pending);
+    row("server 1 opening", "server", "1", "[Opening /dev/ttyUSB0]", Pending);
+    row("server 2 opening", "server", "2", "[Opening /dev/ttyUSB0]", Pending);
+    row("server 3 testing", "server", "3", "[Testing /dev/ttyUSB0]", Pending);
+    row("server 4 testing", "server", "4", "[Testing /dev/ttyUSB0]", Pending);
+    row("server 5 working", "server", "5", "[Working on /dev/ttyUSB0]", Good);
+    row("server unknown state first shows nothing", "server", "7", "", Unchanged);
+    row("server 7 after 5 keeps the template in red", "server", "5 7", "[Working on /dev/ttyUSB0]",
+        Bad);
+    row("server -1 after 3 keeps the template in red", "server", "3 -1", "[Testing /dev/ttyUSB0]",
+        Bad);
 }
 
-void tst_StatusLabels::radarState()
+void tst_StatusLabels::reports()
 {
-    QFETCH(QList<int>, states);
+    QFETCH(QString, label);
+    QFETCH(QString, steps);
     QFETCH(QString, text);
     QFETCH(QColor, color);
-    RadarStateWidget label;
-    for (int state : states)
-        label.showRadarState(state);
-    QCOMPARE(label.text(), text);
-    QCOMPARE(textColor(label), color);
-    QVERIFY(label.updatesEnabled());
-}
 
-void tst_StatusLabels::serverConnection_data()
-{
-    QTest::addColumn<QString>("slot");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QColor>("color");
-
-    QTest::newRow("connecting") << "showConnecting"
-                                << "[Connecting to ws://127.0.0.1:7578/]" << Pending;
-    QTest::newRow("connected") << "showConnected"
-                               << "[Connected to ws://127.0.0.1:7578/]" << Good;
-    QTest::newRow("not connected") << "showNotConnected"
-                                   << "[No connection to ws://127.0.0.1:7578/]" << Bad;
-    QTest::newRow("disconnected") << "showDisconnected"
-                                  << "[Disconnected from ws://127.0.0.1:7578/]" << Bad;
-}
-
-void tst_StatusLabels::serverConnection()
-{
-    QFETCH(QString, slot);
-    QFETCH(QString, text);
-    QFETCH(QColor, color);
-    ServerConnectionWidget label;
-    label.setRadarServerUrl(QStringLiteral("ws://127.0.0.1:7578/"));
-    QVERIFY(QMetaObject::invokeMethod(&label, qPrintable(slot)));
-    QCOMPARE(label.text(), text);
-    QCOMPARE(textColor(label), color);
+    QWidget bar;
+    RadarStateWidget radar(&bar);
+    ServerConnectionWidget connection(&bar);
+    ServerPingWidget ping(&bar);
+    ServerProtocolWidget protocol(&bar);
+    ServerStateWidget server(&bar);
+    connection.setRadarServerUrl(QStringLiteral("ws://127.0.0.1:7578/"));
+    bar.show();
+    StateLabel* shown = QMap<QString, StateLabel*>{
+        {"radar", &radar},
+        {"connection", &connection},
+        {"ping", &ping},
+        {"protocol", &protocol},
+        {"server", &server}}.value(label);
+    const QColor initial = textColor(*shown);
+    for (const QString& step : steps.split(' ')) {
+        bool isNumber = false;
+        const int value = step.toInt(&isNumber);
+        if (!isNumber)
+            QVERIFY(QMetaObject::invokeMethod(shown, qPrintable(step)));
+        else if (label == "radar")
+            radar.showRadarState(value);
+        else if (label == "ping")
+            ping.showPingLatency(quint64(value));
+        else if (label == "protocol")
+            protocol.showServerProtocol(value);
+        else
+            server.showServerState(value, QStringLiteral("ws://127.0.0.1:7578/"), Port);
+    }
+    QCOMPARE(shown->isVisible(), !text.isEmpty());
+    QCOMPARE(shown->text(), text);
+    QCOMPARE(textColor(*shown), color.isValid() ? color : initial);
 }
 
 void tst_StatusLabels::reportsHiddenByConnectionEvents_data()
 {
     QTest::addColumn<QString>("slot");
-    for (const char* slot : ConnectionSlots)
+    for (const char* slot :
+         {"showConnecting", "showConnected", "showNotConnected", "showDisconnected"})
         QTest::newRow(slot) << QString(slot);
 }
 
 void tst_StatusLabels::reportsHiddenByConnectionEvents()
 {
+    // Ping, protocol and server state show from a report until the next connection event.
     QFETCH(QString, slot);
     QWidget bar;
-    auto* ping = new ServerPingWidget(&bar);
-    auto* protocol = new ServerProtocolWidget(&bar);
-    auto* state = new ServerStateWidget(&bar);
+    ServerPingWidget ping(&bar);
+    ServerProtocolWidget protocol(&bar);
+    ServerStateWidget state(&bar);
     bar.show();
-    const QList<QLabel*> labels{ping, protocol, state};
-    for (QLabel* label : labels)
-        QVERIFY(!label->isVisible());
-
-    ping->showPingLatency(42);
-    protocol->showServerProtocol(1);
-    state->showServerState(5, QString(), Port);
-    QCOMPARE(ping->text(), QString("[Ping timeout: 42 ms]"));
-    for (QLabel* label : labels) {
+    ping.showPingLatency(42);
+    protocol.showServerProtocol(1);
+    state.showServerState(5, QString(), Port);
+    for (QLabel* label : std::initializer_list<QLabel*>{&ping, &protocol, &state}) {
         QVERIFY(label->isVisible());
         QVERIFY(QMetaObject::invokeMethod(label, qPrintable(slot)));
         QVERIFY(!label->isVisible());
     }
     // The next report brings the server state back with the kept template.
-    state->showServerState(9, QString(), Port);
-    QVERIFY(state->isVisible());
-    QCOMPARE(state->text(), QString("[Working on /dev/ttyUSB0]"));
-}
-
-void tst_StatusLabels::protocol_data()
-{
-    QTest::addColumn<QList<int>>("protocols");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("visible");
-
-    QTest::newRow("0 is SerD") << QList<int>{0} << "[SerD]" << true;
-    QTest::newRow("1 is SerP") << QList<int>{1} << "[SerP]" << true;
-    QTest::newRow("2 leaves the label as it was") << QList<int>{1, 2} << "[SerP]" << true;
-    QTest::newRow("unknown first shows nothing") << QList<int>{2} << "" << false;
-}
-
-void tst_StatusLabels::protocol()
-{
-    QFETCH(QList<int>, protocols);
-    QFETCH(QString, text);
-    QFETCH(bool, visible);
-    QWidget bar;
-    auto* label = new ServerProtocolWidget(&bar);
-    bar.show();
-    for (int protocol : protocols)
-        label->showServerProtocol(protocol);
-    QCOMPARE(label->text(), text);
-    QCOMPARE(label->isVisible(), visible);
-}
-
-void tst_StatusLabels::serverState_data()
-{
-    QTest::addColumn<QList<int>>("states");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QColor>("color");
-    QTest::addColumn<bool>("visible");
-
-    QTest::newRow("0 connecting to the port service")
-        << QList<int>{0} << "[Connecting to RSPS]" << Pending << true;
-    QTest::newRow("1 opening") << QList<int>{1} << "[Opening /dev/ttyUSB0]" << Pending << true;
-    QTest::newRow("2 opening") << QList<int>{2} << "[Opening /dev/ttyUSB0]" << Pending << true;
-    QTest::newRow("3 testing") << QList<int>{3} << "[Testing /dev/ttyUSB0]" << Pending << true;
-    QTest::newRow("4 testing") << QList<int>{4} << "[Testing /dev/ttyUSB0]" << Pending << true;
-    QTest::newRow("5 working") << QList<int>{5} << "[Working on /dev/ttyUSB0]" << Good << true;
-    QTest::newRow("unknown state first shows nothing") << QList<int>{7} << "" << QColor() << false;
-    QTest::newRow("7 after 5 keeps the template in red")
-        << QList<int>{5, 7} << "[Working on /dev/ttyUSB0]" << Bad << true;
-    QTest::newRow("-1 after 3 keeps the template in red")
-        << QList<int>{3, -1} << "[Testing /dev/ttyUSB0]" << Bad << true;
-}
-
-void tst_StatusLabels::serverState()
-{
-    QFETCH(QList<int>, states);
-    QFETCH(QString, text);
-    QFETCH(QColor, color);
-    QFETCH(bool, visible);
-    QWidget bar;
-    auto* label = new ServerStateWidget(&bar);
-    bar.show();
-    const QColor initial = textColor(*label);
-    for (int state : states)
-        label->showServerState(state, QStringLiteral("ws://127.0.0.1:7578/"), Port);
-    QCOMPARE(label->text(), text);
-    QCOMPARE(textColor(*label), color.isValid() ? color : initial);
-    QCOMPARE(label->isVisible(), visible);
+    state.showServerState(9, QString(), Port);
+    QVERIFY(state.isVisible());
+    QCOMPARE(state.text(), QString("[Working on /dev/ttyUSB0]"));
 }
 
 void tst_StatusLabels::hardwareInfoWhileWorking()
@@ -199,27 +150,19 @@ void tst_StatusLabels::hardwareInfoWhileWorking()
     QSignalSpy requests(&label, &ServerStateWidget::getRadarHardwareInfo);
     QVERIFY(requests.isValid());
     label.showServerState(5, QString(), Port);
-
     // Asked once on entering the working state, not on every report of it.
     label.showRadarState(2);
     label.showRadarState(2);
     QCOMPARE(requests.count(), 1);
     label.showRadarHardwareInfo(QStringLiteral("ORX-24 rev. B"));
     QCOMPARE(label.text(), QString("[ORX-24 rev. B on /dev/ttyUSB0]"));
-
     // Leaving the working state forgets the information; the text stays until the next
-    // server state.
+    // server state. An answer that arrives while the radar is busy is ignored.
     label.showRadarState(1);
     QCOMPARE(label.text(), QString("[ORX-24 rev. B on /dev/ttyUSB0]"));
-    label.showServerState(5, QString(), Port);
-    QCOMPARE(label.text(), QString("[Working on /dev/ttyUSB0]"));
-
-    // An answer that arrives while the radar is busy is ignored.
     label.showRadarHardwareInfo(QStringLiteral("late answer"));
-    QCOMPARE(label.text(), QString("[Working on /dev/ttyUSB0]"));
     label.showServerState(5, QString(), Port);
     QCOMPARE(label.text(), QString("[Working on /dev/ttyUSB0]"));
-
     // Working again: asked again.
     label.showRadarState(2);
     QCOMPARE(requests.count(), 2);

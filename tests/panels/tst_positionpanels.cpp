@@ -1,0 +1,401 @@
+#include "iorvexclient.h"
+#include "parhandler.h"
+#include "parstatelabel.h"
+#include "radarparamnumbering.h"
+#include "readbackmark.h"
+#include "setpolygonwidget.h"
+#include "setpositionwidget.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QGroupBox>
+#include <QPushButton>
+#include <QtTest>
+#include <QVBoxLayout>
+
+#include <cmath>
+#include <functional>
+#include <memory>
+
+using C = IOrvexClient;
+using L = ParStateLabel;
+
+// The position and limitations panels on their own, each in a titled box: the exact
+// requests their buttons and the radar's start of work produce, when they take input,
+// and what they make of the radar's answers, those beyond their ranges included.
+class tst_PositionPanels : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Action = std::function<void(tst_PositionPanels*)>;
+
+private slots:
+    void init();
+    void cleanup();
+
+    void requests_data();
+    void requests();
+    void autoGet_data();
+    void autoGet();
+    void positionReadBack_data();
+    void positionReadBack();
+    void limitationAnswers_data();
+    void limitationAnswers();
+    void usageSwitch();
+    void enabling_data();
+    void enabling();
+
+private:
+    QDoubleSpinBox* spin(const QString& name) const
+    {
+        return m_window->findChild<QDoubleSpinBox*>(name + "Spin");
+    }
+    QPushButton* button(const char* name) const { return m_window->findChild<QPushButton*>(name); }
+    L* label(const QString& name) const { return m_window->findChild<L*>(name + "ResultLabel"); }
+    void record(const QString& request, const QWidget* panel);
+    void setWorking();
+
+    std::unique_ptr<QWidget> m_window;
+    SetPositionWidget* m_position = nullptr;
+    SetPolygonWidget* m_limitations = nullptr;
+    QStringList m_requests;
+    bool m_labelShownAtRequest = false;
+};
+Q_DECLARE_METATYPE(tst_PositionPanels::Action)
+
+namespace {
+
+const QStringList Pose{"height", "xOffset", "yOffset", "azimuth", "altitude", "roll"};
+const QStringList Bounds{"spdXmin", "spdXmax", "spdYmin", "spdYmax",
+                         "posXmin", "posXmax", "posYmin", "posYmax"};
+// A read of the whole area: speeds, vertex count, vertices 0, 2, 1, 3 with X before Y.
+const QStringList AreaRead{"get speed 0",  "get speed 1", "get speed 2", "get speed 3",
+                           "get treat 0",  "get point 0", "get point 8", "get point 2",
+                           "get point 10", "get point 1", "get point 9", "get point 3",
+                           "get point 11"};
+
+} // namespace
+
+void tst_PositionPanels::init()
+{
+    m_window = std::make_unique<QWidget>();
+    auto* layout = new QVBoxLayout(m_window.get());
+    for (int i = 0; i < 2; ++i) {
+        auto* box = new QGroupBox(m_window.get());
+        layout->addWidget(box);
+        QWidget* p = i == 0 ? static_cast<QWidget*>(m_position = new SetPositionWidget(box))
+                            : (m_limitations = new SetPolygonWidget(box));
+        (new QVBoxLayout(box))->addWidget(p);
+    }
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+
+    using S = SetPolygonWidget;
+    connect(
+        m_position, &SetPositionWidget::setPosition, this,
+        [this](double h, double x, double y, double a, double e, double r) {
+            record(
+                QString("set position %1 %2 %3 %4 %5 %6").arg(h).arg(x).arg(y).arg(a).arg(e).arg(r),
+                m_position);
+        });
+    connect(m_position, &SetPositionWidget::getPosition, this,
+            [this] { record("get position", m_position); });
+    // Every request of the limitations panel names polygon 0.
+    const auto log = [this](const QString& what) {
+        return [this, what](quint8 polygon, quint8 param, double value = qQNaN()) {
+            QString text = QString("%1 %2").arg(what).arg(param);
+            if (!std::isnan(value))
+                text += QString(" %1").arg(value);
+            record(polygon == 0 ? text : QString("polygon %1").arg(polygon), m_limitations);
+        };
+    };
+    connect(m_limitations, &S::setPolygonSpeedParam, this, log("set speed"));
+    connect(m_limitations, &S::setPolygonPointParam, this, log("set point"));
+    connect(m_limitations, &S::setPolygonTreatParam, this,
+            [log](quint8 polygon, quint8 param, quint8 value) {
+                log("set treat")(polygon, param, value);
+            });
+    connect(m_limitations, &S::getPolygonSpeedParam, this, log("get speed"));
+    connect(m_limitations, &S::getPolygonPointParam, this, log("get point"));
+    connect(m_limitations, &S::getPolygonTreatParam, this, log("get treat"));
+    connect(m_limitations, &S::reinitPolygons, this, [this] { record("reinit", m_limitations); });
+    connect(m_limitations, &S::setPolygonUsage, this,
+            [this](quint8 mask) { record(QString("set usage %1").arg(mask), m_limitations); });
+    connect(m_limitations, &S::getPolygonUsage, this,
+            [this] { record("get usage", m_limitations); });
+}
+
+void tst_PositionPanels::cleanup()
+{
+    m_window.reset();
+    m_requests.clear();
+    m_labelShownAtRequest = false;
+}
+
+void tst_PositionPanels::record(const QString& request, const QWidget* panel)
+{
+    // Every request starts from cleared labels of its panel.
+    for (const L* l : panel->findChildren<L*>())
+        m_labelShownAtRequest = m_labelShownAtRequest || l->state() != L::Cleared;
+    m_requests << request;
+}
+
+void tst_PositionPanels::setWorking()
+{
+    m_position->showRadarState(C::Working);
+    m_limitations->showRadarState(C::Working);
+    m_requests.clear();
+}
+
+void tst_PositionPanels::requests_data()
+{
+    QTest::addColumn<Action>("action");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<bool>("reinitChecked");
+
+    QTest::newRow("position write: the six values in pose order")
+        << Action([](tst_PositionPanels* t) {
+               const double values[] = {6.5, -1.25, 3, 10, -2.5, 0.75};
+               for (int i = 0; i < 6; ++i)
+                   t->spin(Pose.at(i))->setValue(values[i]);
+               t->button("setPositionButton")->click();
+           })
+        << QStringList{"set position 6.5 -1.25 3 10 -2.5 0.75"} << false;
+    QTest::newRow("limitation write: speeds, count, vertices 0 2 1 3 X before Y, reinit") << Action(
+        [](tst_PositionPanels* t) {
+            const double values[] = {2.5, 55.5, 0.5, 12, 12, 180, -3.5, 7};
+            for (int i = 0; i < 8; ++i)
+                t->spin(Bounds.at(i))->setValue(values[i]);
+            t->button("setPolygonButton")->click();
+        }) << QStringList{"set speed 0 2.5",  "set speed 1 55.5",
+                          "set speed 2 0.5",  "set speed 3 12",
+                          "set treat 0 4",    "set point 0 12",
+                          "set point 8 -3.5", "set point 2 180",
+                          "set point 10 7",   "set point 1 180",
+                          "set point 9 -3.5", "set point 3 12",
+                          "set point 11 7",   "reinit"} << true;
+    QTest::newRow("limitation read after a write: the write's check box cleared")
+        << Action([](tst_PositionPanels* t) {
+               t->button("setPolygonButton")->click();
+               t->m_requests.clear();
+               t->button("getPolygonButton")->click();
+           })
+        << AreaRead << false;
+    QTest::newRow("limitations switched on")
+        << Action([](tst_PositionPanels* t) { t->button("enablePolygonButton")->click(); })
+        << QStringList{"set usage 1"} << false;
+}
+
+void tst_PositionPanels::requests()
+{
+    QFETCH(Action, action);
+    setWorking();
+    // Outcomes of earlier commands are on show.
+    m_position->parHandler()->setState(SetPositionWidget::RollParameter, L::ErrorOccurred, true);
+    m_limitations->parHandler()->setState(SetPolygonWidget::SpeedXMinSlot, L::ValueChanged, true);
+
+    action(this);
+    QTEST(m_requests, "expected");
+    QVERIFY(!m_labelShownAtRequest);
+    QTEST(m_window->findChild<QCheckBox*>("reinitCheck")->isChecked(), "reinitChecked");
+}
+
+void tst_PositionPanels::autoGet_data()
+{
+    QTest::addColumn<bool>("autoGet");
+    QTest::addColumn<QList<int>>("states");
+    QTest::addColumn<QStringList>("expected");
+
+    const QStringList start = QStringList{"get position"} + AreaRead + QStringList{"get usage"};
+    QTest::newRow("on: working reads position, area, then usage") << true << QList<int>{2} << start;
+    QTest::newRow("off: working only asks whether the area is used")
+        << false << QList<int>{2} << QStringList{"get usage"};
+    QTest::newRow("busy, then working twice: once") << true << QList<int>{1, 2, 2} << start;
+    QTest::newRow("working again after a stop: again")
+        << true << QList<int>{2, 0, 2} << start + start;
+    QTest::newRow("busy, bad data, offline: nothing")
+        << true << QList<int>{1, -1, 0} << QStringList{};
+}
+
+void tst_PositionPanels::autoGet()
+{
+    QFETCH(bool, autoGet);
+    QFETCH(QList<int>, states);
+    m_position->setAutoGetData(autoGet);
+    m_limitations->setAutoGetData(autoGet);
+    for (int state : states) {
+        m_position->showRadarState(state);
+        m_limitations->showRadarState(state);
+    }
+    QTEST(m_requests, "expected");
+}
+
+void tst_PositionPanels::positionReadBack_data()
+{
+    QTest::addColumn<QList<double>>("reported");
+    QTest::addColumn<QList<double>>("shown");
+    QTest::addColumn<QVariantList>("marks"); // the radar's value, for a clamped box
+
+    const QVariantList none{QVariant(), QVariant(), QVariant(), QVariant(), QVariant(), QVariant()};
+    QTest::newRow("beyond the ends: clamped and marked")
+        << QList<double>{30, 40, -26, 45, -90, 180} << QList<double>{20, 25, -25, 30, -30, 30}
+        << QVariantList{30.0, 40.0, -26.0, 45.0, -90.0, 180.0};
+    QTest::newRow("at the ends and rounded onto them: not marked")
+        << QList<double>{20, -25, 25, 30, -30, 29.999} << QList<double>{20, -25, 25, 30, -30, 30}
+        << none;
+    QTest::newRow("not a number leaves its box")
+        << QList<double>{std::nan(""), 1, 2, 3, 4, 5} << QList<double>{5, 1, 2, 3, 4, 5} << none;
+}
+
+void tst_PositionPanels::positionReadBack()
+{
+    QFETCH(QList<double>, reported);
+    QFETCH(QList<double>, shown);
+    QFETCH(QVariantList, marks);
+    setWorking();
+    m_position->showCommandState(C::CmdGetHeight, C::Received, 0);
+    QVERIFY(!m_position->isEnabled()); // the value is awaited
+
+    const auto r = [&reported](int i) { return reported.at(i); };
+    m_position->showPosition(r(0), r(1), r(2), r(3), r(4), r(5));
+    for (int i = 0; i < 6; ++i) {
+        QCOMPARE(spin(Pose.at(i))->value(), shown.at(i));
+        QCOMPARE(ReadBackMark::reportedValue(spin(Pose.at(i))), marks.at(i));
+        QCOMPARE(label(Pose.at(i))->state(), int(L::ReceivedFromRadar));
+    }
+    QVERIFY(!m_position->parHandler()->isDataTimerActive());
+    QVERIFY(m_position->parHandler()->isHideTimerActive());
+    QVERIFY(m_position->isEnabled());
+
+    // The operator's next value clears the mark.
+    spin("roll")->setValue(1);
+    QVERIFY(ReadBackMark::reportedValue(spin("roll")).isNull());
+    QVERIFY(spin("roll")->toolTip().isEmpty());
+    QCOMPARE(label("roll")->state(), int(L::ValueChanged));
+}
+
+void tst_PositionPanels::limitationAnswers_data()
+{
+    QTest::addColumn<Action>("answers");
+    QTest::addColumn<QList<double>>("shown"); // the eight bounds
+    QTest::addColumn<QList<int>>("labels"); // the eight bounds' labels, then the count's
+
+    const QList<double> initial{1, 100, 0, 10, 5, 100, -10, 10};
+    const int R = L::ReceivedFromRadar;
+    QTest::newRow("vertex count 6 shows as 4, received")
+        << Action([](tst_PositionPanels* t) { t->m_limitations->showPolygonTreatParam(0, 0, 6); })
+        << initial << QList<int>{0, 0, 0, 0, 0, 0, 0, 0, R};
+    QTest::newRow("speeds and the rectangle's corners, beyond the ends clamped and marked")
+        << Action([](tst_PositionPanels* t) {
+               auto* p = t->m_limitations;
+               p->showPolygonSpeedParam(0, 0, 20);
+               p->showPolygonSpeedParam(0, 3, 12);
+               p->showPolygonPointParam(0, 0, 7);
+               p->showPolygonPointParam(0, 2, 300);
+               p->showPolygonPointParam(0, 9, -4);
+               p->showPolygonPointParam(0, 11, 6);
+               QCOMPARE(ReadBackMark::reportedValue(t->spin("spdXmin")), QVariant(20.0));
+               QVERIFY(t->spin("posXmax")->toolTip().contains("300"));
+               QVERIFY(ReadBackMark::reportedValue(t->spin("posXmin")).isNull());
+           })
+        << QList<double>{10, 100, 0, 12, 7, 250, -4, 6} << QList<int>{R, 0, 0, R, R, R, R, R, 0};
+    QTest::newRow("the other vertices' coordinates, other areas: not shown")
+        << Action([](tst_PositionPanels* t) {
+               auto* p = t->m_limitations;
+               for (quint8 param : {1, 3, 8, 10, 4, 15})
+                   p->showPolygonPointParam(0, param, 44);
+               p->showPolygonPointParam(1, 0, 33);
+               p->showPolygonSpeedParam(1, 0, 5);
+               p->showPolygonSpeedParam(0, 4, 5);
+               p->showPolygonTreatParam(1, 0, 6);
+               p->showPolygonTreatParam(0, 1, 6);
+           })
+        << initial << QList<int>{0, 0, 0, 0, 0, 0, 0, 0, 0};
+}
+
+void tst_PositionPanels::limitationAnswers()
+{
+    QFETCH(Action, answers);
+    QFETCH(QList<double>, shown);
+    QFETCH(QList<int>, labels);
+    setWorking();
+    answers(this);
+    for (int i = 0; i < 8; ++i) {
+        QCOMPARE(spin(Bounds.at(i))->value(), shown.at(i));
+        QCOMPARE(label(Bounds.at(i))->state(), labels.at(i));
+    }
+    QCOMPARE(m_window->findChild<QSpinBox*>("pointCountSpin")->value(), 4);
+    QCOMPARE(label("pointCount")->state(), labels.at(8));
+    QVERIFY(m_requests.isEmpty());
+}
+
+void tst_PositionPanels::usageSwitch()
+{
+    QPushButton* enable = button("enablePolygonButton");
+    QCOMPARE(enable->text(), QString("Enable limitations"));
+    setWorking();
+    m_limitations->showPolygonUsage(1);
+    QCOMPARE(enable->text(), QString("Disable limitations"));
+
+    // Refused: back to what the radar last reported. Taken: read back for the scheme.
+    enable->click();
+    m_limitations->showCommandState(C::CmdSetPolygonUsage, C::Error, 5);
+    QVERIFY(enable->isChecked());
+    enable->click();
+    m_limitations->showCommandState(C::CmdSetPolygonUsage, C::Received, 0);
+    QCOMPARE(m_requests, (QStringList{"set usage 0", "set usage 0", "get usage"}));
+
+    // A radar that stops working has no area in use; nothing is sent.
+    m_limitations->showPolygonUsage(1);
+    m_requests.clear();
+    m_limitations->showRadarState(C::Busy);
+    QCOMPARE(enable->text(), QString("Enable limitations"));
+    QCOMPARE(m_limitations->usageMask(), quint8(0));
+    m_limitations->showCommandState(C::CmdSetPolygonUsage, C::Error, 5);
+    QVERIFY(!enable->isChecked());
+    QVERIFY(m_requests.isEmpty());
+}
+
+void tst_PositionPanels::enabling_data()
+{
+    QTest::addColumn<bool>("limitations");
+    QTest::addColumn<int>("radarState");
+    QTest::addColumn<int>("command"); // reported after the radar state, 0 for none
+    QTest::addColumn<int>("commandState");
+    QTest::addColumn<bool>("enabled");
+
+    using P = RadarParamNumbering;
+    QTest::newRow("position: working") << false << 2 << 0 << 0 << true;
+    QTest::newRow("position: busy") << false << 1 << 0 << 0 << false;
+    QTest::newRow("position: write acknowledged")
+        << false << 2 << int(C::CmdSetRoll) << int(C::Received) << true;
+    QTest::newRow("limitations: bad data") << true << -1 << 0 << 0 << false;
+    QTest::newRow("limitations: usage switch queued")
+        << true << 2 << int(C::CmdSetPolygonUsage) << int(C::Queued) << false;
+    QTest::newRow("limitations: Ymax of vertex 3 in progress")
+        << true << 2 << P::fullPolygonCmdId(C::CmdSetPolygonPointParam, 0, 11) << int(C::InProgress)
+        << false;
+    QTest::newRow("limitations: another area's command")
+        << true << 2 << P::fullPolygonCmdId(C::CmdSetPolygonPointParam, 1, 11) << int(C::InProgress)
+        << true;
+}
+
+void tst_PositionPanels::enabling()
+{
+    QFETCH(bool, limitations);
+    QFETCH(int, radarState);
+    QFETCH(int, command);
+    QFETCH(int, commandState);
+    QWidget* p = limitations ? static_cast<QWidget*>(m_limitations) : m_position;
+    QVERIFY(!p->isEnabled()); // nothing works before the radar does
+    QMetaObject::invokeMethod(p, "showRadarState", Q_ARG(int, radarState));
+    if (command)
+        QMetaObject::invokeMethod(p, "showCommandState", Q_ARG(int, command),
+                                  Q_ARG(int, commandState), Q_ARG(int, 0));
+    QTEST(p->isEnabled(), "enabled");
+    QTEST(p->parentWidget()->isEnabled(), "enabled"); // the whole titled box
+}
+
+QTEST_MAIN(tst_PositionPanels)
+#include "tst_positionpanels.moc"

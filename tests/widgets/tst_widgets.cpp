@@ -1,0 +1,311 @@
+#include "advancedcombobox.h"
+#include "collapsiblegroupbox.h"
+#include "groupedwidget.h"
+#include "standalonewidget.h"
+#include "statelabel.h"
+
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QScreen>
+#include <QtTest>
+
+// The small widgets the panels are built from.
+class tst_Widgets : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void comboSelectsByData();
+    void backlight_data();
+    void backlight();
+    void collapseByClickOnTitle_data();
+    void collapseByClickOnTitle();
+    void collapsedLayout();
+    // A box laid out in a form keeps its form contents, now inside the container.
+    void collapsibleTakesOverFormContents();
+    void groupedSwitchesEnclosingBox_data();
+    void groupedSwitchesEnclosingBox();
+    void standaloneWindows_data();
+    void standaloneWindows();
+    void stateLabel();
+};
+
+void tst_Widgets::comboSelectsByData()
+{
+    AdvancedComboBox combo;
+    for (auto [text, data] : {std::pair{"a", 10}, {"b", 20}, {"c", 20}, {"d", 30}})
+        combo.addItem(text, data);
+    QVERIFY(combo.setCurrentIndexByItemData(20)); // equal data: the lower index
+    QCOMPARE(combo.currentIndex(), 1);
+    QVERIFY(combo.setCurrentIndexByItemData("c", Qt::DisplayRole));
+    QCOMPARE(combo.currentIndex(), 2);
+    QVERIFY(!combo.setCurrentIndexByItemData(99)); // no match keeps the current item
+    QVERIFY(!combo.setCurrentIndexByItemData(10, Qt::ToolTipRole));
+    QCOMPARE(combo.currentIndex(), 2);
+}
+
+void tst_Widgets::backlight_data()
+{
+    QTest::addColumn<bool>("on");
+    QTest::addColumn<QColor>("window");
+    QTest::addColumn<QColor>("button");
+    QTest::addColumn<QColor>("litWindow");
+    QTest::addColumn<QColor>("litButton");
+    QTest::newRow("component 160 darkened by 32")
+        << true << QColor(160, 160, 160) << QColor(160, 0, 255) << QColor(128, 128, 128)
+        << QColor(128, 32, 223);
+    QTest::newRow("component 159 lightened to 191")
+        << true << QColor(159, 10, 200) << QColor(159, 159, 159) << QColor(191, 42, 168)
+        << QColor(191, 191, 191);
+    QTest::newRow("translucent colours come out opaque")
+        << true << QColor(0, 0, 0, 10) << QColor(255, 255, 255, 128) << QColor(32, 32, 32)
+        << QColor(223, 223, 223);
+    QTest::newRow("switched off") << false << QColor(160, 160, 160) << QColor(0, 0, 0)
+                                  << QColor(160, 160, 160) << QColor(0, 0, 0);
+}
+
+void tst_Widgets::backlight()
+{
+    QFETCH(bool, on);
+    QFETCH(QColor, window);
+    QFETCH(QColor, button);
+    QFETCH(QColor, litWindow);
+    QFETCH(QColor, litButton);
+    QWidget parent;
+    QPalette palette = parent.palette();
+    palette.setColor(QPalette::Active, QPalette::Window, window);
+    palette.setColor(QPalette::Active, QPalette::Button, button);
+    parent.setPalette(palette);
+    BacklightedGroupBox box(&parent), orphan; // without a parent nothing lights up
+    box.setProperty("backlighted", on);
+    QCOMPARE(box.autoFillBackground(), on);
+    const QPalette orphanPalette = orphan.palette();
+    QEvent enter(QEvent::Enter), leave(QEvent::Leave);
+    QApplication::sendEvent(&box, &enter);
+    QApplication::sendEvent(&orphan, &enter);
+    QCOMPARE(box.palette().color(QPalette::Active, QPalette::Window), litWindow);
+    QCOMPARE(box.palette().color(QPalette::Active, QPalette::Button), litButton);
+    QCOMPARE(box.palette().color(QPalette::Inactive, QPalette::Window), // only the active group
+             palette.color(QPalette::Inactive, QPalette::Window));
+    QCOMPARE(orphan.palette(), orphanPalette);
+    QApplication::sendEvent(&box, &leave);
+    QCOMPARE(box.palette().color(QPalette::Active, QPalette::Window), window);
+    QCOMPARE(box.palette().color(QPalette::Active, QPalette::Button), button);
+}
+
+void tst_Widgets::collapseByClickOnTitle_data()
+{
+    QTest::addColumn<int>("button");
+    QTest::addColumn<bool>("pressOnTitle");
+    QTest::addColumn<bool>("releaseOnTitle");
+    QTest::addColumn<bool>("toggles");
+    QTest::addColumn<bool>("enabled");
+    QTest::newRow("left click on title toggles")
+        << int(Qt::LeftButton) << true << true << true << true;
+    QTest::newRow("left click on a disabled box's title toggles")
+        << int(Qt::LeftButton) << true << true << true << false;
+    QTest::newRow("right click on title ignored")
+        << int(Qt::RightButton) << true << true << false << true;
+    QTest::newRow("left press on title released outside ignored")
+        << int(Qt::LeftButton) << true << false << false << true;
+    QTest::newRow("left click in body ignored")
+        << int(Qt::LeftButton) << false << false << false << true;
+}
+
+void tst_Widgets::collapseByClickOnTitle()
+{
+    QFETCH(int, button);
+    QFETCH(bool, pressOnTitle);
+    QFETCH(bool, releaseOnTitle);
+    QFETCH(bool, toggles);
+    QFETCH(bool, enabled);
+    QWidget window;
+    window.resize(300, 200);
+    auto* box = new CollapsibleGroupBox(QStringLiteral("Send commands  "), &window);
+    box->setGeometry(0, 0, 300, 200);
+    box->setEnabled(enabled);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    const QPoint title = box->titleArea().center(), body(150, 195);
+    QVERIFY(!box->titleArea().contains(body));
+    QSignalSpy clicked(box, &CollapsibleGroupBox::clicked);
+    QSignalSpy toggled(box, &CollapsibleGroupBox::toggled);
+    for (bool collapsed : {true, false}) {
+        QTest::mousePress(box, Qt::MouseButton(button), {}, pressOnTitle ? title : body);
+        QTest::mouseRelease(box, Qt::MouseButton(button), {}, releaseOnTitle ? title : body);
+        const bool now = toggles && collapsed;
+        const QList<QVariantList> announced
+            = toggles ? QList<QVariantList>{{collapsed}} : QList<QVariantList>{};
+        QCOMPARE(clicked, announced);
+        QCOMPARE(toggled, announced);
+        QCOMPARE(box->isCollapsed(), now);
+        QCOMPARE(box->collapsedLabel()->isVisible(), now);
+        QCOMPARE(box->containerWidget()->isVisible(), !now);
+        // The marker in front of the title says what a click will do.
+        QCOMPARE(static_cast<QGroupBox*>(box)->title(),
+                 QString(now ? " >  Send commands  " : " V  Send commands  "));
+        QCOMPARE(box->title(), QString("Send commands  "));
+        clicked.clear();
+        toggled.clear();
+    }
+}
+
+void tst_Widgets::collapsedLayout()
+{
+    QWidget window;
+    auto* box = new CollapsibleGroupBox(QStringLiteral("Fine tuning"), &window);
+    window.show();
+    QSignalSpy toggled(box, &CollapsibleGroupBox::toggled);
+    box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::MinimumExpanding);
+    box->setCollapsed(true);
+    QCOMPARE(toggled.count(), 1);
+    // A folded box takes no more height than its title and hint need.
+    QCOMPARE(box->sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
+    QCOMPARE(box->sizePolicy().verticalPolicy(), QSizePolicy::Maximum);
+    QCOMPARE(box->layout()->contentsMargins(), QMargins(2, 2, 2, 2));
+    // The same value rewrites what is shown but is no change.
+    box->collapsedLabel()->hide();
+    box->setCollapsed(true);
+    QCOMPARE(toggled.count(), 1);
+    QVERIFY(box->collapsedLabel()->isVisible());
+    QCOMPARE(box->sizePolicy().verticalPolicy(), QSizePolicy::Maximum);
+    box->setCollapsed(false);
+    QCOMPARE(toggled.count(), 2);
+    QCOMPARE(box->sizePolicy().verticalPolicy(), QSizePolicy::MinimumExpanding);
+    QCOMPARE(box->layout()->contentsMargins(), QMargins(0, 0, 0, 0));
+}
+
+void tst_Widgets::collapsibleTakesOverFormContents()
+{
+    // What a form's generated code does: a layout and widgets set straight on the box.
+    QWidget window;
+    auto* box = new CollapsibleGroupBox(&window);
+    auto* formLayout = new QHBoxLayout(box);
+    auto* button = new QPushButton(QStringLiteral("Restart"), box);
+    formLayout->addWidget(button);
+    auto* loose = new QLabel(QStringLiteral("free"), box);
+    auto* hidden = new QLabel(QStringLiteral("hidden"), box);
+    hidden->hide();
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QWidget* container = box->containerWidget();
+    QCOMPARE(container->layout(), formLayout);
+    for (QWidget* w : std::initializer_list<QWidget*>{button, loose, hidden})
+        QCOMPARE(w->parentWidget(), container);
+    QVERIFY(button->isVisible() && loose->isVisible() && hidden->isHidden());
+    QVERIFY(!box->collapsedLabel()->isVisible());
+    box->setCollapsed(true);
+    QVERIFY(!button->isVisible());
+    QCOMPARE(box->collapsedLabel()->text(), QString("Click the title to expand"));
+    // A widget added to the box later is taken over too.
+    auto* late = new QPushButton(QStringLiteral("late"), box);
+    QCOMPARE(box->containerWidget(), container);
+    QCOMPARE(late->parentWidget(), container);
+}
+
+void tst_Widgets::groupedSwitchesEnclosingBox_data()
+{
+    QTest::addColumn<QString>("tree"); // from the top down to the grouped widget
+    QTest::addColumn<int>("switched"); // 0 = top, counted downwards
+    QTest::newRow("parent is a group box") << "box/widget" << 0;
+    QTest::newRow("grandparent is a group box") << "box/plain/widget" << 0;
+    QTest::newRow("nearest group box wins") << "box/box/widget" << 1;
+    QTest::newRow("group box too far up") << "box/plain/plain/widget" << 3;
+    QTest::newRow("no group box") << "plain/plain/widget" << 2;
+}
+
+void tst_Widgets::groupedSwitchesEnclosingBox()
+{
+    QFETCH(QString, tree);
+    QFETCH(int, switched);
+    QList<QWidget*> chain;
+    for (const QString& kind : tree.split('/')) {
+        QWidget* parent = chain.isEmpty() ? nullptr : chain.last();
+        chain << (kind == "box"     ? new QGroupBox(parent)
+                  : kind == "plain" ? new QWidget(parent)
+                                    : new GroupedWidget(parent));
+    }
+    std::unique_ptr<QWidget> top(chain.first());
+    auto* widget = static_cast<GroupedWidget*>(chain.last());
+    widget->setEnabled(false);
+    for (int i = 0; i < chain.size(); ++i)
+        QCOMPARE(chain[i]->isEnabled(), i < switched);
+    widget->setEnabled(true);
+    for (QWidget* w : chain)
+        QVERIFY(w->isEnabled());
+    // Disabled on its own inside an enabled box: asking for "disabled" again must not
+    // disable the box.
+    widget->QWidget::setEnabled(false);
+    widget->setEnabled(false);
+    QVERIFY(top->isEnabled());
+}
+
+void tst_Widgets::standaloneWindows_data()
+{
+    QTest::addColumn<bool>("asTool");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<bool>("overOwner"); // else centred on the screen
+    QTest::newRow("free window") << false << QSize(200, 100) << false;
+    QTest::newRow("tool smaller than the owner: over its centre")
+        << true << QSize(200, 100) << true;
+    QTest::newRow("tool wider than the owner: on the screen") << true << QSize(900, 50) << false;
+    QTest::newRow("tool larger than the screen: corner kept on it")
+        << true << QSize(9000, 9000) << false;
+}
+
+void tst_Widgets::standaloneWindows()
+{
+    QFETCH(bool, asTool);
+    QFETCH(QSize, size);
+    QFETCH(bool, overOwner);
+    QWidget owner;
+    owner.setGeometry(100, 80, 800, 600);
+    owner.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&owner));
+    auto* widget = new StandaloneWidget(nullptr, Qt::Window);
+    QSignalSpy aboutToClose(widget, &StandaloneWidget::aboutToClose);
+    widget->resize(size);
+    widget->showStandalone(asTool, &owner, QStringLiteral("Switch work profile"));
+    QVERIFY(QTest::qWaitForWindowExposed(widget));
+    QCOMPARE(widget->windowTitle(), QString("Switch work profile"));
+    QCOMPARE(widget->parentWidget(), asTool ? &owner : nullptr);
+    QCOMPARE(widget->windowModality(), asTool ? Qt::WindowModal : Qt::NonModal);
+    if (asTool) {
+        QCOMPARE(widget->windowType(), Qt::Tool);
+        const QPoint centre = overOwner ? owner.mapToGlobal(QPoint(400, 300))
+                                        : owner.screen()->availableGeometry().center();
+        const QPoint expected(qMax(1, centre.x() - size.width() / 2),
+                              qMax(1, centre.y() - size.height() / 2));
+        QVERIFY2((widget->pos() - expected).manhattanLength() <= 2,
+                 qPrintable(QString("at %1,%2").arg(widget->pos().x()).arg(widget->pos().y())));
+    }
+    QVERIFY(widget->close());
+    QCOMPARE(aboutToClose.count(), 1);
+    if (!asTool)
+        delete widget;
+}
+
+void tst_Widgets::stateLabel()
+{
+    QWidget parent;
+    StateLabel label(&parent);
+    const QColor bad(191, 0, 0);
+    label.setTextColor(bad);
+    for (auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        QCOMPARE(label.palette().color(group, QPalette::WindowText), bad);
+        QCOMPARE(label.palette().color(group, QPalette::ButtonText), bad);
+    }
+    // Made as wide as it is (also when that is its least width), it never shrinks.
+    for (int minimumWidth : {50, 120}) {
+        label.setMinimumWidth(minimumWidth);
+        label.setGeometry(0, 0, 120, 20);
+        label.fixMinWidth();
+        QCOMPARE(label.minimumWidth(), 121);
+    }
+    label.setText(QStringLiteral("x"));
+    label.adjustSize();
+    QVERIFY(label.width() > 120);
+}
+
+QTEST_MAIN(tst_Widgets)
+#include "tst_widgets.moc"
