@@ -18,7 +18,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 
 namespace {
 
@@ -63,10 +62,10 @@ struct ServerPort
     void deliver(IOrvexClient* client, const ServerMessageStream::Message& message) const
     {
         const bool invoked
-            = message.text ? text.invoke(client, Qt::DirectConnection,
-                                         Q_ARG(QString, QString::fromUtf8(message.bytes)))
-                           : binary.invoke(client, Qt::DirectConnection,
-                                           Q_ARG(QByteArray, message.bytes));
+            = message.text
+                  ? text.invoke(client, Qt::DirectConnection,
+                                Q_ARG(QString, QString::fromUtf8(message.bytes)))
+                  : binary.invoke(client, Qt::DirectConnection, Q_ARG(QByteArray, message.bytes));
         require(invoked, "a message slot could not be called");
     }
 };
@@ -102,22 +101,21 @@ struct LearningRoad
 void checkDecodedValues(IOrvexClient* client)
 {
     using C = IOrvexClient;
-    QObject::connect(client, &C::objectData,
-                     [](quint8 id, double xSpeed, double ySpeed, double xRange, double yRange,
-                        double length, const QDateTime& lastDetected) {
-                         require(id < ObjectIds, "object id beyond 6 bits");
-                         require(within(xSpeed, -MaxSpeed, MaxSpeed)
-                                     && within(ySpeed, -MaxSpeed, MaxSpeed),
-                                 "speed outside the protocol's range");
-                         require(within(xRange, -MaxRange, MaxRange)
-                                     && within(yRange, -MaxRange, MaxRange),
-                                 "range outside the protocol's range");
-                         require(within(length, 0, MaxLength), "length outside 0..51 m");
-                         require(lastDetected.isValid(), "object without a detection time");
-                     });
+    QObject::connect(
+        client, &C::objectData,
+        [](quint8 id, double xSpeed, double ySpeed, double xRange, double yRange, double length,
+           const QDateTime& lastDetected) {
+            require(id < ObjectIds, "object id beyond 6 bits");
+            require(within(xSpeed, -MaxSpeed, MaxSpeed) && within(ySpeed, -MaxSpeed, MaxSpeed),
+                    "speed outside the protocol's range");
+            require(within(xRange, -MaxRange, MaxRange) && within(yRange, -MaxRange, MaxRange),
+                    "range outside the protocol's range");
+            require(within(length, 0, MaxLength), "length outside 0..51 m");
+            require(lastDetected.isValid(), "object without a detection time");
+        });
     QObject::connect(client, &C::uptimeInfo, [](int days, int h, int m, int s, int ms) {
-        require(days >= 0 && h >= 0 && h < 24 && m >= 0 && m < 60 && s >= 0 && s < 60
-                    && ms >= 0 && ms < 1000,
+        require(days >= 0 && h >= 0 && h < 24 && m >= 0 && m < 60 && s >= 0 && s < 60 && ms >= 0
+                    && ms < 1000,
                 "uptime fields out of range");
     });
     QObject::connect(client, &C::radarStateChanged, [](int state) {
@@ -149,14 +147,13 @@ void checkHelperResults(ObjectsHelper* helper)
     QObject::connect(helper, &ObjectsHelper::sortingFinished, [](const QVector<quint8>& order) {
         require(order.size() <= ObjectIds, "more objects in a frame than ids");
     });
-    QObject::connect(helper, &ObjectsHelper::averageTracks,
-                     [](const QMap<int, QPolygonF>& tracks) {
-                         for (const QPolygonF& track : tracks) {
-                             for (const QPointF& p : track)
-                                 require(std::isfinite(p.x()) && std::isfinite(p.y()),
-                                         "average track point not finite");
-                         }
-                     });
+    QObject::connect(helper, &ObjectsHelper::averageTracks, [](const QMap<int, QPolygonF>& tracks) {
+        for (const QPolygonF& track : tracks) {
+            for (const QPointF& p : track)
+                require(std::isfinite(p.x()) && std::isfinite(p.y()),
+                        "average track point not finite");
+        }
+    });
 }
 
 void queueCommands(IOrvexSerialConnectionClient* client)
@@ -168,7 +165,6 @@ void queueCommands(IOrvexSerialConnectionClient* client)
     client->sendCmdGetPolygonSpeedParam(1, 2);
     client->sendCmdSetDebugVariableValue(5, -1);
 }
-
 
 // One client of each variant with its receivers, made once: making them for every
 // input would cost more than most inputs. Between inputs each is put back into the

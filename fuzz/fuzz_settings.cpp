@@ -41,7 +41,8 @@ Harness& harness()
 void writeFile(const QString& path, const QByteArray& bytes)
 {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size()) {
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)
+        || file.write(bytes) != bytes.size()) {
         std::fprintf(stderr, "settings: cannot write %s\n", qPrintable(path));
         std::abort();
     }
@@ -110,8 +111,8 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     Harness& h = harness();
-    writeFile(h.inputPath, withoutServerAddresses(
-                               QByteArray(reinterpret_cast<const char*>(data), int(size))));
+    writeFile(h.inputPath,
+              withoutServerAddresses(QByteArray(reinterpret_cast<const char*>(data), int(size))));
     WorkProfileHandler* handler = h.window->profileHandler();
     handler->loadProfiles(h.baselinePath);
     handler->loadProfiles(h.inputPath);

@@ -64,13 +64,15 @@ int main(int argc, char* argv[])
 
     QVector<ServerMessageStream::Message> recorded;
     QWebSocket socket;
-    QObject::connect(&socket, &QWebSocket::binaryMessageReceived,
-                     [&](const QByteArray& m) { recorded.append({false, m}); });
-    QObject::connect(&socket, &QWebSocket::textMessageReceived,
-                     [&](const QString& m) { recorded.append({true, m.toUtf8()}); });
+    QObject::connect(&socket, &QWebSocket::binaryMessageReceived, [&](const QByteArray& m) {
+        recorded.append({false, m});
+    });
+    QObject::connect(&socket, &QWebSocket::textMessageReceived, [&](const QString& m) {
+        recorded.append({true, m.toUtf8()});
+    });
     QObject::connect(&socket, &QWebSocket::connected, [&] {
-        socket.sendTextMessage(QStringLiteral(R"({"command": 2, "radar_protocol": %1})")
-                                   .arg(variant));
+        socket.sendTextMessage(
+            QStringLiteral(R"({"command": 2, "radar_protocol": %1})").arg(variant));
         socket.sendTextMessage(QStringLiteral(R"({"command": 2, "radar_protocol": 7})"));
         socket.sendTextMessage(QStringLiteral("{broken"));
     });
@@ -96,8 +98,8 @@ int main(int argc, char* argv[])
         const quint8 setup = quint8(variant == 1 ? ServerMessageStream::PakorVariant : 0)
                              | quint8(written % 2 ? ServerMessageStream::EmitStatistics : 0)
                              | quint8(written % 3 ? ServerMessageStream::QueuedCommands : 0);
-        QFile file(out.filePath(QStringLiteral("%1-%2").arg(prefix).arg(written, 3, 10,
-                                                                         QLatin1Char('0'))));
+        QFile file(out.filePath(
+            QStringLiteral("%1-%2").arg(prefix).arg(written, 3, 10, QLatin1Char('0'))));
         if (!file.open(QIODevice::WriteOnly))
             return 1;
         file.write(ServerMessageStream::encode(setup, recorded.mid(first, MessagesPerSeed)));

@@ -12,7 +12,7 @@ quint8 ServerMessageStream::setup(const uint8_t* data, size_t size)
 }
 
 QVector<ServerMessageStream::Message> ServerMessageStream::messages(const uint8_t* data,
-                                                                      size_t size)
+                                                                    size_t size)
 {
     QVector<Message> out;
     size_t at = 1;

@@ -30,8 +30,7 @@ template<typename T> quint64 mixValue(quint64 digest, const void* argument)
 
 SignalSink::SignalSink(QObject* parent)
     : QObject(parent)
-{
-}
+{ }
 
 void SignalSink::listenTo(QObject* sender)
 {

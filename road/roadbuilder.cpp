@@ -59,9 +59,9 @@ void RoadBuilder::doSetupParts(const QJsonObject& parts)
             m_parts.insert(n, left);
         }
         if (!rightPart.isEmpty()) {
-            right = RoadPart(-n, right.minCoord,
-                             -bounded(rightPart.value(K::Width), BrokenPartWidth),
-                             rightPart.value(K::IsLane).toBool(false));
+            right
+                = RoadPart(-n, right.minCoord, -bounded(rightPart.value(K::Width), BrokenPartWidth),
+                           rightPart.value(K::IsLane).toBool(false));
             m_parts.insert(-n, right);
         }
     }

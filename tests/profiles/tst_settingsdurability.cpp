@@ -105,15 +105,16 @@ void tst_SettingsDurability::killedWhileSaving()
         QJsonDocument::fromJson(after, &error);
         QVERIFY2(error.error == QJsonParseError::NoError,
                  qPrintable(QString("kill %1: %2").arg(kill).arg(error.errorString())));
-        QVERIFY2(after == versionA || after == versionB,
-                 qPrintable(QString("kill %1: neither version (%2 bytes)").arg(kill).arg(after.size())));
+        QVERIFY2(
+            after == versionA || after == versionB,
+            qPrintable(QString("kill %1: neither version (%2 bytes)").arg(kill).arg(after.size())));
         if (after != before)
             ++killsMidSave;
     }
     // The kills really fell among the saves, not before the first one.
     QVERIFY2(killsMidSave > Kills / 4, qPrintable(QString::number(killsMidSave)));
-    qInfo("%d kills, %d after the file had changed, %d files left beside it", Kills,
-          killsMidSave, int(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size()) - 1);
+    qInfo("%d kills, %d after the file had changed, %d files left beside it", Kills, killsMidSave,
+          int(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size()) - 1);
 }
 
 QTEST_GUILESS_MAIN(tst_SettingsDurability)

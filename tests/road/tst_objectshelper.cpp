@@ -224,8 +224,7 @@ void tst_ObjectsHelper::brokenRoadRectangles_data()
 
     QTest::newRow("1e308 m long: cut at the longest track")
         << QRectF(0, -5, 1e308, 10) << int(ObjectsHelper::MaxTrackLength / 5) + 1;
-    QTest::newRow("not finite: a road ending at the radar")
-        << QRectF(0, -5, qInf(), 10) << 1;
+    QTest::newRow("not finite: a road ending at the radar") << QRectF(0, -5, qInf(), 10) << 1;
     QTest::newRow("not a number likewise") << QRectF(qQNaN(), -5, 100, 10) << 1;
 }
 

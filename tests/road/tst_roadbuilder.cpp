@@ -366,15 +366,14 @@ void tst_RoadBuilder::brokenValuesKeepTheRoadBounded_data()
     const QString lane3 = R"("1": {"width": 3})";
     const QString straight50 = R"("sections": [{"length": 50}])";
     QTest::newRow("a lane 1e308 m wide counts as one without a width")
-        << R"({"parts": {"1": {"width": 1e308, "is_lane": true}, "2": {"width": 3}}, )"
-               + straight50 + "}"
+        << R"({"parts": {"1": {"width": 1e308, "is_lane": true}, "2": {"width": 3}}, )" + straight50
+               + "}"
         << QRectF(0, 0, 50, 3) << 50;
     QTest::newRow("a median 1e300 m wide likewise")
         << R"({"parts": {"0": {"width": 1e300}, )" + lane3 + "}, " + straight50 + "}"
         << QRectF(0, 0, 50, 3) << 50;
     QTest::newRow("a negative width still turns the part over")
-        << R"({"parts": {"1": {"width": -3}}, )" + straight50 + "}" << QRectF(0, -3, 50, 3)
-        << 50;
+        << R"({"parts": {"1": {"width": -3}}, )" + straight50 + "}" << QRectF(0, -3, 50, 3) << 50;
     QTest::newRow("an origin offset of 1e300 counts as none")
         << R"({"origin_offset": 1e300, "parts": {)" + lane3 + "}, " + straight50 + "}"
         << QRectF(0, 0, 50, 3) << 50;
@@ -394,8 +393,8 @@ void tst_RoadBuilder::brokenValuesKeepTheRoadBounded_data()
     for (int n = 1; n <= 25; ++n)
         manyParts += QString(R"("%1": {"width": 1}, )").arg(n);
     QTest::newRow("parts past the twentieth on a side are ignored")
-        << R"({"parts": {)" + manyParts + R"("0": {}}, )" + straight50 + "}"
-        << QRectF(0, 0, 50, 20) << 50;
+        << R"({"parts": {)" + manyParts + R"("0": {}}, )" + straight50 + "}" << QRectF(0, 0, 50, 20)
+        << 50;
 }
 
 void tst_RoadBuilder::brokenValuesKeepTheRoadBounded()

@@ -72,16 +72,14 @@ int main(int argc, char* argv[])
         if (++messagesOnLink == 3)
             print(QStringLiteral("receiving"));
     });
-    QObject::connect(client.get(), &C::disconnected,
-                     [] { print(QStringLiteral("disconnected")); });
-    QObject::connect(client.get(), &C::notconnected,
-                     [] { print(QStringLiteral("notconnected")); });
+    QObject::connect(client.get(), &C::disconnected, [] { print(QStringLiteral("disconnected")); });
+    QObject::connect(client.get(), &C::notconnected, [] { print(QStringLiteral("notconnected")); });
     QObject::connect(client.get(), &C::radarStateChanged,
                      [](int state) { print(QStringLiteral("state %1").arg(state)); });
-    QObject::connect(client.get(), &C::radarCommandStateChanged, [](int command, int state,
-                                                                    int error) {
-        print(QStringLiteral("command %1 %2 %3").arg(command).arg(state).arg(error));
-    });
+    QObject::connect(
+        client.get(), &C::radarCommandStateChanged, [](int command, int state, int error) {
+            print(QStringLiteral("command %1 %2 %3").arg(command).arg(state).arg(error));
+        });
 
     QTimer pollTimer;
     const int pollMs = parser.value(poll).toInt();
