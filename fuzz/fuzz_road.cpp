@@ -36,6 +36,7 @@ bool finite(const QPointF& p)
 
 struct Harness
 {
+    std::unique_ptr<QApplication> app; // first made, last gone
     RoadBuilder builder;
     ObjectsHelper helper;
     std::unique_ptr<RoadObjectsWidget> scheme;
@@ -121,8 +122,8 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
             std::fprintf(stderr, "%s\n", qPrintable(text));
     });
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    static QApplication app(*argc, *argv);
     Harness& h = harness();
+    h.app = std::make_unique<QApplication>(*argc, *argv);
     h.scheme = std::make_unique<RoadObjectsWidget>();
     h.editor = std::make_unique<RoadConfigWidget>();
     wire(h);
@@ -131,6 +132,15 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
     h.scheme->resize(640, 400);
     h.scheme->show();
     return 0;
+}
+
+// For the replay driver: the widgets and Qt torn down in order before exit.
+extern "C" void orvexFuzzTearDown()
+{
+    Harness& h = harness();
+    h.editor.reset();
+    h.scheme.reset();
+    h.app.reset();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)

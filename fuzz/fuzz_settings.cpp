@@ -26,6 +26,7 @@ namespace {
 
 struct Harness
 {
+    std::unique_ptr<QApplication> app; // first made, last gone
     std::unique_ptr<QTemporaryDir> dir;
     std::unique_ptr<MainWindow> window;
     QString baselinePath;
@@ -83,8 +84,8 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
             std::fprintf(stderr, "%s\n", qPrintable(text));
     });
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    static QApplication app(*argc, *argv);
     Harness& h = harness();
+    h.app = std::make_unique<QApplication>(*argc, *argv);
     h.dir = std::make_unique<QTemporaryDir>();
     h.baselinePath = h.dir->filePath(QStringLiteral("baseline.json"));
     h.inputPath = h.dir->filePath(QStringLiteral("input.json"));
@@ -106,6 +107,17 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
     fresh.applyProfile(-1);
     fresh.saveProfiles(h.baselinePath);
     return 0;
+}
+
+// For the replay driver: Qt torn down in order before exit, so that the sanitizers'
+// leak check at exit sees what the inputs left, not Qt's caches of a half-gone
+// application (libFuzzer itself just exits).
+extern "C" void orvexFuzzTearDown()
+{
+    Harness& h = harness();
+    h.window.reset();
+    h.dir.reset();
+    h.app.reset();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)

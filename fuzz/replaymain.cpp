@@ -13,6 +13,8 @@
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+// Defined by targets that must take down what they made (Qt's GUI) before exit.
+extern "C" __attribute__((weak)) void orvexFuzzTearDown();
 
 int main(int argc, char* argv[])
 {
@@ -44,6 +46,8 @@ int main(int argc, char* argv[])
         LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(bytes.constData()),
                                size_t(bytes.size()));
     }
+    if (orvexFuzzTearDown)
+        orvexFuzzTearDown();
     std::printf("replayed %d inputs\n", int(files.size()));
     return 0;
 }
