@@ -91,10 +91,23 @@ void wire(Harness& h)
     checkGeometry(&h.builder);
 }
 
-void paint(QWidget* widget)
+// The scheme's scale for the road it was given: usable, or none at all.
+void checkScale(const RoadObjectsWidget* scheme)
 {
-    QImage image(widget->size(), QImage::Format_RGB32);
-    widget->render(&image);
+    const SchemeGeometry& g = scheme->geometry();
+    if (!g.isValid())
+        return;
+    require(std::isfinite(g.scaleX()) && std::isfinite(g.scaleY()) && g.scaleX() > 0
+                && g.scaleY() > 0,
+            "scheme scale not a positive number");
+    require(std::isfinite(g.aspect()) && g.aspect() > 0, "scheme aspect not a positive number");
+}
+
+void paint(RoadObjectsWidget* scheme)
+{
+    checkScale(scheme);
+    QImage image(scheme->size(), QImage::Format_RGB32);
+    scheme->render(&image);
 }
 
 // One radar frame with a vehicle near the first lane's centre, while the radar works.

@@ -2,7 +2,8 @@
 // handler of a real main window (offscreen) and its current profile applied the way
 // the start-up applies it, so that every receiver of a profile takes its values: the
 // road builder, the objects helper, the traffic scheme, the tables, the status widgets
-// and the window's own layout. The traffic scheme is painted after each application.
+// and the window's own layout. Nothing is painted: painting a road is the road target's
+// work, and here it would take most of the time.
 
 #include "mainwindow.h"
 #include "profilekeys.h"
