@@ -33,7 +33,7 @@ for target in "${targets[@]}"; do
     export ASAN_OPTIONS="fast_unwind_on_malloc=1:detect_leaks=$leaks"
     # The committed crash inputs first (they must pass), then fuzzing from the seeds.
     "$build/bin/fuzz_$target" -runs=0 "$root/fuzz/regressions/$target" 2>&1 | tail -n 1
-    "$build/bin/fuzz_$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=3072 \
+    "$build/bin/fuzz_$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=3072 \
         -detect_leaks="$leaks" \
         -dict="$build/fuzz/$target.dict" -artifact_prefix="$build/artifacts/$target-" \
         -print_final_stats=1 "$scratch" "$root/fuzz/corpus/$target" >"$build/fuzz-$target.log" 2>&1 \
