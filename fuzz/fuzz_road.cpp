@@ -43,10 +43,12 @@ struct Harness
     std::unique_ptr<RoadConfigWidget> editor;
 };
 
+// Never destroyed at exit, where Qt's own globals may already be gone; the replay
+// driver takes it down in order (orvexFuzzTearDown).
 Harness& harness()
 {
-    static Harness h;
-    return h;
+    static Harness* h = new Harness;
+    return *h;
 }
 
 void checkGeometry(RoadBuilder* builder)

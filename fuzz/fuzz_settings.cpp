@@ -34,10 +34,12 @@ struct Harness
     QString inputPath;
 };
 
+// Never destroyed at exit, where Qt's own globals may already be gone; the replay
+// driver takes it down in order (orvexFuzzTearDown).
 Harness& harness()
 {
-    static Harness h;
-    return h;
+    static Harness* h = new Harness;
+    return *h;
 }
 
 void writeFile(const QString& path, const QByteArray& bytes)
