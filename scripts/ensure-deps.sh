@@ -5,6 +5,11 @@ set -euo pipefail
 packages=(g++ make cmake qtbase5-dev libqt5websockets5-dev qttools5-dev qttools5-dev-tools
           qttranslations5-l10n zlib1g-dev
           fonts-dejavu-core)
+# The fuzz targets (scripts/fuzz.sh) need Debian's clang with its sanitizer and libFuzzer
+# runtimes.
+if [ -n "${ORVEX_FUZZ_DEPS:-}" ]; then
+    packages+=(clang-14 libclang-rt-14-dev)
+fi
 missing=()
 for package in "${packages[@]}"; do
     if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed"; then
