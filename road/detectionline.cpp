@@ -51,6 +51,7 @@ DetectionLine::Problem DetectionLine::setRoad(const QJsonObject& roadConfig, dou
         return NoRoad;
     const int firstRoadMark = road.tanAngles.firstKey();
     const int lastRoadMark = road.tanAngles.lastKey();
+    m_roadLength = lastRoadMark;
     if (!std::isfinite(distance) || distance < firstRoadMark || distance > lastRoadMark)
         return OutsideRoad;
 
@@ -70,7 +71,6 @@ DetectionLine::Problem DetectionLine::setRoad(const QJsonObject& roadConfig, dou
         angle += turn * share;
     }
     m_distance = distance;
-    m_roadLength = lastRoadMark;
     m_originX = origin.x();
     m_originY = origin.y();
     m_directionX = std::cos(angle);

@@ -40,7 +40,8 @@ public:
 
     bool isValid() const { return !m_lanes.isEmpty(); }
     double distance() const { return m_distance; }
-    // The road's length along its axis: the line may lie from 0 to here.
+    // The road's length along its axis, in whole metres: the line may lie from 0 to here.
+    // Known also when the distance was refused for lying outside.
     double roadLength() const { return m_roadLength; }
     QPointF origin() const { return {m_originX, m_originY}; } // on the road axis
     QPointF direction() const { return {m_directionX, m_directionY}; } // unit vector
