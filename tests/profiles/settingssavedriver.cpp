@@ -3,6 +3,7 @@
 // the victim of the durability test.
 // It loads the file that is there, prints "saving" once, then each save swaps the
 // first profile's name between "A" and "B" and writes the whole file.
+// With "--once" it saves the file once with the first profile named "B" and ends.
 
 #include "workprofilehandler.h"
 
@@ -16,6 +17,11 @@ int main(int argc, char* argv[])
     QCoreApplication app(argc, argv);
     WorkProfileHandler handler;
     handler.loadProfiles(WorkProfileHandler::SettingsFilePath);
+    if (app.arguments().contains(QStringLiteral("--once"))) {
+        handler.renameProfile(0, QStringLiteral("B"));
+        handler.saveProfiles(WorkProfileHandler::SettingsFilePath);
+        return 0;
+    }
     std::printf("saving\n");
     std::fflush(stdout);
     QElapsedTimer running;

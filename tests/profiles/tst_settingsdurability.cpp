@@ -13,16 +13,19 @@
 
 #include <chrono>
 #include <csignal>
+#include <unistd.h>
 #include <thread>
 
 // The settings file survives the program being killed while it saves: whenever the
 // kill lands, the file afterwards parses and is one whole version, the old or the new.
+// And a writable settings file is saved even where its directory takes no new files.
 class tst_SettingsDurability : public QObject
 {
     Q_OBJECT
 
 private slots:
     void killedWhileSaving();
+    void savedInAReadOnlyDirectory();
 
 private:
     static QByteArray savedWithName(const QString& path, const QString& name);
@@ -134,6 +137,49 @@ void tst_SettingsDurability::killedWhileSaving()
     QVERIFY(killsMidSave > 0);
     qInfo("%d kills, %d after the file had changed, %d files left beside it", kill, killsMidSave,
           int(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size()) - 1);
+}
+
+void tst_SettingsDurability::savedInAReadOnlyDirectory()
+{
+    // An operator's settings file, writable, in a directory the program may not add
+    // files to (a shared install directory): the atomic save cannot make its temporary
+    // file there and must write the file in place instead.
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    const QString path = dir.filePath(QFileInfo(WorkProfileHandler::SettingsFilePath).fileName());
+    {
+        WorkProfileHandler handler;
+        handler.saveProfiles(path);
+    }
+    const QByteArray expected = savedWithName(path, "B");
+    QVERIFY(expected.contains("\"B\""));
+    // The saver runs from the directory itself: the superuser is not held back by a
+    // directory's permissions, so as root it runs as "nobody", who must reach it.
+    const QString driver = dir.filePath("saver");
+    QVERIFY(QFile::copy(QStringLiteral(ORVEX_SAVE_DRIVER), driver));
+    QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup
+                                            | QFile::WriteGroup | QFile::ReadOther
+                                            | QFile::WriteOther));
+    const QFile::Permissions readOnly = QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup
+                                        | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
+    QVERIFY(QFile::setPermissions(dir.path(), readOnly));
+
+    QProcess saver;
+    saver.setWorkingDirectory(dir.path());
+    if (::geteuid() == 0)
+        saver.start(QStringLiteral("setpriv"), {"--reuid=65534", "--regid=65534", "--clear-groups",
+                                                driver, "--once"});
+    else
+        saver.start(driver, {"--once"});
+    const bool ran = saver.waitForFinished(30000);
+    QFile::setPermissions(dir.path(), readOnly | QFile::WriteOwner);
+    QVERIFY2(ran && saver.exitStatus() == QProcess::NormalExit && saver.exitCode() == 0,
+             saver.readAllStandardError().constData());
+
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), expected);
+    QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2); // file, saver
 }
 
 QTEST_GUILESS_MAIN(tst_SettingsDurability)
