@@ -49,6 +49,9 @@ public:
     // rejects; `acceptedFrames` receives how many it took before that.
     int decodeRecords(const QDateTime& dateTimeUtc, const SerialRecords& records,
                       int* acceptedFrames = nullptr);
+    // The road objects held after the last message decoded, for the same tools: what
+    // the link would broadcast once the radar's state is confirmed.
+    const QMap<quint8, RoadObject>& currentObjects() const { return roadObjects(); }
 
 public slots:
     void resetStatistics() override;

@@ -94,8 +94,7 @@ void ObjectsHelper::resetAverageTracks()
 {
     m_trackBins.clear();
     m_averageTracks = m_laneCenterLines;
-    const double farEnd = std::ceil(m_roadRect.x() + m_roadRect.width());
-    const int bins = std::isfinite(farEnd) && farEnd >= 0 ? int(farEnd) + 1 : 0;
+    const int bins = std::max(roadEndMetres(true) + 1, 0);
     m_trackBins.resize(size_t(bins));
     for (auto it = m_averageTracks.begin(); it != m_averageTracks.end(); ++it) {
         QPointF* points = it->data(); // own storage from here on
@@ -106,6 +105,15 @@ void ObjectsHelper::resetAverageTracks()
         }
     }
     doEmitAverageTracks();
+}
+
+int ObjectsHelper::roadEndMetres(bool roundUp) const
+{
+    const double end = m_roadRect.x() + m_roadRect.width();
+    const double farEnd = roundUp ? std::ceil(end) : std::floor(end);
+    if (!std::isfinite(farEnd))
+        return -1;
+    return int(qBound(-MaxTrackLength, farEnd, MaxTrackLength));
 }
 
 void ObjectsHelper::doUpdateAverageTracks()
@@ -145,9 +153,7 @@ void ObjectsHelper::doEmitAverageTracks()
 {
     // The floor here where the reset takes the ceiling: the last, partial 5 m stretch
     // of a road that does not end on a whole metre is left out.
-    const double farEnd = std::floor(m_roadRect.x() + m_roadRect.width());
-    const int n = std::isfinite(farEnd) ? int(qBound(-1e9, farEnd, 1e9)) : 0;
-    const int binCount = n / 5 + 1;
+    const int binCount = roadEndMetres(false) / 5 + 1;
     QMap<int, QPolygonF> emitted;
     for (auto it = m_averageTracks.cbegin(); it != m_averageTracks.cend(); ++it) {
         std::vector<double> sums(size_t(std::max(binCount, 0)), 0.0);

@@ -27,6 +27,10 @@ public:
     static constexpr int EmitEveryCycles = 20;
     static constexpr double EmitBinLength = 5.0; // emitted tracks: one point per 5 m
     static constexpr int EmitMinPoints = 3;
+    // Tracks learn in one-metre bins and are emitted in 5 m stretches up to the road's
+    // far end. A road rectangle reaching farther (no road the builder lays does; a
+    // broken one might) is cut here, so that the bins stay within memory.
+    static constexpr double MaxTrackLength = 100000.0;
 
     explicit ObjectsHelper(QObject* parent = nullptr);
 
@@ -50,6 +54,9 @@ signals:
     void averageTracks(const QMap<int, QPolygonF>& tracks);
 
 private:
+    // The road's far end in whole metres, rounded up or down, within +-MaxTrackLength; a
+    // rectangle that is not finite counts as a road that ends behind the radar.
+    int roadEndMetres(bool roundUp) const;
     void doUpdateAverageTracks();
     void doEmitAverageTracks();
 

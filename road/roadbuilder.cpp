@@ -18,9 +18,20 @@ RoadBuilder::RoadBuilder(QObject* parent)
     RoadMetaTypes::registerAll();
 }
 
+namespace {
+
+// A number of the configuration within a sane bound; beyond it, the fallback.
+double bounded(const QJsonValue& value, double bound)
+{
+    const double v = number(value);
+    return std::fabs(v) <= bound ? v : 0.0;
+}
+
+} // namespace
+
 void RoadBuilder::setRoadConfig(const QJsonObject& config)
 {
-    m_originOffset = number(config.value(K::OriginOffset));
+    m_originOffset = bounded(config.value(K::OriginOffset), BrokenOriginOffset);
     doSetupParts(config.value(K::Parts).toObject());
     doBuildRoad(config.value(K::Sections).toArray());
     doApplyRoad();
@@ -29,26 +40,28 @@ void RoadBuilder::setRoadConfig(const QJsonObject& config)
 void RoadBuilder::doSetupParts(const QJsonObject& parts)
 {
     m_parts.clear();
-    const double medianWidth = number(parts.value(QStringLiteral("0")).toObject().value(K::Width));
+    const double medianWidth
+        = bounded(parts.value(QStringLiteral("0")).toObject().value(K::Width), BrokenPartWidth);
     RoadPart left(0, -medianWidth / 2.0, medianWidth, false);
     RoadPart right = left;
     m_parts.insert(0, left);
 
     // Parts are numbered outwards on both sides. A number missing on one side only is
     // passed over; the first number missing on both sides ends the cross-section.
-    for (int n = 1;; ++n) {
+    for (int n = 1; n <= MaxPartsPerSide; ++n) {
         const QJsonObject leftPart = parts.value(QString::number(n)).toObject();
         const QJsonObject rightPart = parts.value(QString::number(-n)).toObject();
         if (leftPart.isEmpty() && rightPart.isEmpty())
             break;
         if (!leftPart.isEmpty()) {
-            left = RoadPart(n, left.maxCoord, number(leftPart.value(K::Width)),
+            left = RoadPart(n, left.maxCoord, bounded(leftPart.value(K::Width), BrokenPartWidth),
                             leftPart.value(K::IsLane).toBool(false));
             m_parts.insert(n, left);
         }
         if (!rightPart.isEmpty()) {
-            right = RoadPart(-n, right.minCoord, -number(rightPart.value(K::Width)),
-                             rightPart.value(K::IsLane).toBool(false));
+            right
+                = RoadPart(-n, right.minCoord, -bounded(rightPart.value(K::Width), BrokenPartWidth),
+                           rightPart.value(K::IsLane).toBool(false));
             m_parts.insert(-n, right);
         }
     }
@@ -66,17 +79,22 @@ void RoadBuilder::doBuildRoad(const QJsonArray& sections)
     double distance = -ExtensionLength;
     doAddStraightSection(ExtensionLength, true, point, angle, distance, point, angle, distance);
 
+    double laidLength = 0.0;
     for (const QJsonValue& value : sections) {
         const QJsonObject section = value.toObject();
         const double length = number(section.value(K::Length));
-        if (std::fabs(length) > BrokenSectionLength)
+        // Counted both ways: a road that doubles back is laid over again.
+        if (laidLength + std::fabs(length) > MaxRoadLength)
             continue;
-        if (section.value(K::IsCurved).toBool(false)) {
-            doAddCurvedSection(length, number(section.value(K::Radius)), false, point, angle,
-                               distance, point, angle, distance);
+        const double startDistance = distance;
+        const double radius = number(section.value(K::Radius));
+        if (section.value(K::IsCurved).toBool(false) && std::fabs(radius) <= MaxCurveRadius) {
+            doAddCurvedSection(length, radius, false, point, angle, distance, point, angle,
+                               distance);
         } else {
             doAddStraightSection(length, false, point, angle, distance, point, angle, distance);
         }
+        laidLength += std::fabs(distance - startDistance); // a refused curve lays nothing
     }
 
     doAddStraightSection(ExtensionLength, true, point, angle, distance, point, angle, distance);

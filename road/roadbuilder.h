@@ -26,9 +26,22 @@ public:
     static constexpr double MarkTolerance = 0.01;
     // Straight run-in and run-out laid before and after the configured road.
     static constexpr double ExtensionLength = 2.0;
-    // A section longer than this is taken for a broken setting and skipped like a
-    // refused curve: laying a mark per metre of it would never end.
-    static constexpr double BrokenSectionLength = 100000.0;
+    // The configuration is typed by hand into the settings file; values no road has
+    // are taken for broken settings, so that laying the road stays finite and quick
+    // (a mark per metre and per part) and its geometry stays well inside a double.
+    // All the sections together lay at most this length: a section that would take
+    // the road beyond it is skipped like a refused curve.
+    static constexpr double MaxRoadLength = 10000.0;
+    // A part wider than this, either way, counts as one without a width (0 m).
+    static constexpr double BrokenPartWidth = 100.0;
+    // Parts farther out than this on one side are ignored, as those past a gap are.
+    static constexpr int MaxPartsPerSide = 20;
+    // A lateral shift larger than this counts as none.
+    static constexpr double BrokenOriginOffset = 100000.0;
+    // An arc flatter than this is laid as a straight: over the longest road it strays
+    // less than 2 cm from one, and its centre would lie too far out for the precision
+    // of a double.
+    static constexpr double MaxCurveRadius = 1e9;
 
     explicit RoadBuilder(QObject* parent = nullptr);
 

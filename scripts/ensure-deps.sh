@@ -6,6 +6,11 @@ packages=(g++ make cmake qtbase5-dev libqt5websockets5-dev qttools5-dev qttools5
           qttranslations5-l10n zlib1g-dev
           fonts-dejavu-core
           desktop-file-utils appstream)  # validators of the install test
+# The fuzz targets (scripts/fuzz.sh) need Debian's clang with its sanitizer and libFuzzer
+# runtimes.
+if [ -n "${ORVEX_FUZZ_DEPS:-}" ]; then
+    packages+=(clang-14 libclang-rt-14-dev)
+fi
 missing=()
 for package in "${packages[@]}"; do
     if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed"; then

@@ -20,6 +20,8 @@ private slots:
     void emissionEveryTwentiethCycle();
     void emittedStretches();
     void objectColoursWrap();
+    void brokenRoadRectangles_data();
+    void brokenRoadRectangles();
 
 private:
     // A straight lane 1 at Y = 2 with a point every `step` metres.
@@ -157,6 +159,38 @@ void tst_ObjectsHelper::resetByRadarState()
     QCOMPARE(m_tracks->count(), before + (reset ? 1 : 0));
     m_helper->resetAverageTracks(); // the menu's reset always starts afresh
     QCOMPARE(lastTrack().at(10).y(), 2.0);
+}
+
+void tst_ObjectsHelper::brokenRoadRectangles_data()
+{
+    // A rectangle no road laid by the builder has: the bins and 5 m stretches are
+    // counted per metre of it, and once overflowed an int or took gigabytes.
+    QTest::addColumn<QRectF>("rect");
+    QTest::addColumn<int>("stretches"); // 5 m stretches of the emitted track
+
+    QTest::newRow("1e308 m long: cut at the longest track")
+        << QRectF(0, -5, 1e308, 10) << int(ObjectsHelper::MaxTrackLength / 5) + 1;
+    QTest::newRow("not finite: a road ending at the radar") << QRectF(0, -5, qInf(), 10) << 1;
+    QTest::newRow("not a number likewise") << QRectF(qQNaN(), -5, 100, 10) << 1;
+}
+
+void tst_ObjectsHelper::brokenRoadRectangles()
+{
+    QFETCH(QRectF, rect);
+    QFETCH(int, stretches);
+    // A lane centre point every metre for 1000 km.
+    QPolygonF lane;
+    for (double x = 0; x < 1e6; x += 1.0)
+        lane.append(QPointF(x, 2.0));
+    m_helper->startApplyingRoad(rect);
+    m_helper->setLaneCenterLines({{1, lane}});
+    m_helper->finishApplyingRoad();
+    QCOMPARE(m_tracks->count(), 1);
+    QCOMPARE(lastTrack().size(), stretches);
+    // And it still learns where the road is usable.
+    m_helper->setRadarState(IOrvexClient::Working);
+    frame({{12, 3.0}}, 20);
+    QCOMPARE(m_tracks->count(), 3);
 }
 
 void tst_ObjectsHelper::emissionEveryTwentiethCycle()

@@ -17,6 +17,8 @@ private slots:
     void marks();
     void curves_data();
     void curves();
+    void brokenValuesKeepTheRoadBounded_data();
+    void brokenValuesKeepTheRoadBounded();
 
 private:
     struct Result
@@ -268,6 +270,61 @@ void tst_RoadBuilder::curves()
         QVERIFY(near(r.laneCentres.value(1).at(mark),
                      axis + QPointF(-2 * std::sin(a), 2 * std::cos(a))));
     }
+}
+
+
+void tst_RoadBuilder::brokenValuesKeepTheRoadBounded_data()
+{
+    // Hand-edited settings: a value no road has must not blow the layout up (a lane
+    // 1e308 m wide once made the start-up crash or lay tens of millions of lines).
+    QTest::addColumn<QString>("config");
+    QTest::addColumn<QRectF>("rect");
+    QTest::addColumn<int>("lastMark");
+
+    const QString lane3 = R"("1": {"width": 3})";
+    const QString straight50 = R"("sections": [{"length": 50}])";
+    QTest::newRow("a lane 1e308 m wide counts as one without a width")
+        << R"({"parts": {"1": {"width": 1e308, "is_lane": true}, "2": {"width": 3}}, )" + straight50
+               + "}"
+        << QRectF(0, 0, 50, 3) << 50;
+    QTest::newRow("a median 1e300 m wide likewise")
+        << R"({"parts": {"0": {"width": 1e300}, )" + lane3 + "}, " + straight50 + "}"
+        << QRectF(0, 0, 50, 3) << 50;
+    QTest::newRow("a negative width still turns the part over")
+        << R"({"parts": {"1": {"width": -3}}, )" + straight50 + "}" << QRectF(0, -3, 50, 3) << 50;
+    QTest::newRow("an origin offset of 1e300 counts as none")
+        << R"({"origin_offset": 1e300, "parts": {)" + lane3 + "}, " + straight50 + "}"
+        << QRectF(0, 0, 50, 3) << 50;
+    QTest::newRow("a section beyond 10 km of road is skipped, later ones are laid")
+        << R"({"parts": {)" + lane3
+               + R"(}, "sections": [{"length": 9000}, {"length": 2000}, {"length": 500}]})"
+        << QRectF(0, 0, 9500, 3) << 9500;
+    QTest::newRow("a road doubling back counts both ways")
+        << R"({"parts": {)" + lane3
+               + R"(}, "sections": [{"length": 6000}, {"length": -6000}, {"length": 100}]})"
+        << QRectF(0, 0, 6100, 3) << 6100;
+    QTest::newRow("a curve of radius 1e300 is laid straight")
+        << R"({"parts": {)" + lane3
+               + R"(}, "sections": [{"is_curved": true, "length": 100, "radius": 1e300}]})"
+        << QRectF(0, 0, 100, 3) << 100;
+    QString manyParts;
+    for (int n = 1; n <= 25; ++n)
+        manyParts += QString(R"("%1": {"width": 1}, )").arg(n);
+    QTest::newRow("parts past the twentieth on a side are ignored")
+        << R"({"parts": {)" + manyParts + R"("0": {}}, )" + straight50 + "}" << QRectF(0, 0, 50, 20)
+        << 50;
+}
+
+void tst_RoadBuilder::brokenValuesKeepTheRoadBounded()
+{
+    QFETCH(QString, config);
+    QFETCH(QRectF, rect);
+    QFETCH(int, lastMark);
+    const QJsonDocument document = QJsonDocument::fromJson(config.toUtf8());
+    QVERIFY2(document.isObject(), qPrintable(config));
+    const Result r = build(document.object());
+    QCOMPARE(r.rect, rect);
+    QCOMPARE(r.angles.lastKey(), lastMark);
 }
 
 QTEST_APPLESS_MAIN(tst_RoadBuilder)

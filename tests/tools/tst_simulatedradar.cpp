@@ -18,6 +18,7 @@ private slots:
     void idsAreUniqueAndReused();
     void roadFromFile_data();
     void roadFromFile();
+    void groundTruthNotesEveryVehicleOnceAtTheLine();
 };
 
 void tst_SimulatedRadar::options_data()
@@ -37,7 +38,18 @@ void tst_SimulatedRadar::options_data()
     QTest::newRow("negative silence") << QStringList{"--silence-after", "-1"} << "";
     QTest::newRow("more vehicles than ids") << QStringList{"--vehicles", "61"} << "";
     QTest::newRow("port out of range") << QStringList{"--port", "70000"} << "";
+    QTest::newRow("unknown option") << QStringList{"--fast"} << "";
     QTest::newRow("stray argument") << QStringList{"extra"} << "";
+    QTest::newRow("time ten times as fast") << QStringList{"--time-scale", "10"} << "timescale=10";
+    QTest::newRow("time standing still") << QStringList{"--time-scale", "0"} << "";
+    QTest::newRow("ground truth at a line of its own")
+        << QStringList{"--truth", "t.csv", "--line", "120.5"} << "line=120.5";
+    QTest::newRow("line without ground truth") << QStringList{"--line", "40"} << "";
+    QTest::newRow("line not a number") << QStringList{"--truth", "t.csv", "--line", "far"} << "";
+    QTest::newRow("ground truth of a replay")
+        << QStringList{"--truth", "t.csv", "--replay", "r.orvrec"} << "";
+    QTest::newRow("time scale of a relay")
+        << QStringList{"--time-scale", "2", "--proxy", "ws://127.0.0.1:1/"} << "";
 }
 
 void tst_SimulatedRadar::options()
@@ -55,7 +67,9 @@ void tst_SimulatedRadar::options()
     const QMap<QString, QString> fields{{"port", QString::number(options.port)},
                                         {"selftest", QString::number(options.selfTestWord)},
                                         {"header", QString::number(options.timeStampHeader)},
-                                        {"seed", QString::number(options.seed)}};
+                                        {"seed", QString::number(options.seed)},
+                                        {"timescale", QString::number(options.timeScale)},
+                                        {"line", QString::number(options.truthLine)}};
     if (ok)
         QCOMPARE(fields.value(check.section('=', 0, 0)), check.section('=', 1));
 }
@@ -141,6 +155,41 @@ void tst_SimulatedRadar::roadFromFile()
     SimulatedTraffic traffic(SimRoad::laneCentres(config), 8, 1);
     traffic.step(0.1);
     QCOMPARE(traffic.reportedObjects().isEmpty(), lanes <= 0);
+}
+
+void tst_SimulatedRadar::groundTruthNotesEveryVehicleOnceAtTheLine()
+{
+    const QJsonObject road = SimRoad::defaultConfig();
+    DetectionLine line;
+    QCOMPARE(line.setRoad(road, 50), DetectionLine::NoProblem);
+    SimulatedTraffic traffic(SimRoad::laneCentres(road), 20, 9);
+    traffic.setDetectionLine(line);
+    QHash<int, double> lastPassage; // id -> time
+    int passages = 0;
+    // Five simulated minutes.
+    for (int i = 0; i < 3000; ++i) {
+        traffic.step(0.1);
+        QHash<int, SimulatedTraffic::Object> reported;
+        for (const SimulatedTraffic::Object& o : traffic.reportedObjects())
+            reported.insert(o.id, o);
+        for (const SimulatedTraffic::Passage& p : traffic.passages()) {
+            ++passages;
+            QVERIFY(p.time > traffic.time() - 0.1 - 1e-9 && p.time <= traffic.time() + 1e-9);
+            // Lanes right of the axis carry traffic away from the radar.
+            QCOMPARE(p.direction, p.lane < 0 ? 1 : -1);
+            QVERIFY(p.speed > 0 && p.speed < 131 / 3.6);
+            // A vehicle passes once; its id comes back only with a later vehicle.
+            QVERIFY(!lastPassage.contains(p.id) || p.time - lastPassage.value(p.id) > 5);
+            lastPassage.insert(p.id, p.time);
+            // What the radar reports of it is past the line now, in its lane.
+            if (reported.contains(p.id)) {
+                const SimulatedTraffic::Object o = reported.value(p.id);
+                QVERIFY(line.along(o.xRange, o.yRange) * p.direction >= 0);
+                QCOMPARE(line.laneAt(line.across(o.xRange, o.yRange)), p.lane);
+            }
+        }
+    }
+    QVERIFY2(passages > 300, qPrintable(QString::number(passages)));
 }
 
 QTEST_GUILESS_MAIN(tst_SimulatedRadar)

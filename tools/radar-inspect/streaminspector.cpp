@@ -143,13 +143,19 @@ void StreamInspector::addRadarData(const RecordedMessage& entry)
     SerialRecords records;
     records.cut(data, size, m_client->ackMessageCanIds());
     int accepted = 0;
-    // The time only ages the client's objects, which are not looked at here; the time of
-    // arrival is cheaper to make than the radar's stamp.
-    const QDateTime time
-        = QDateTime::fromMSecsSinceEpoch(m_startMsecs + entry.timeUs / 1000, Qt::UTC);
+    // The time only ages the client's objects; unless they are looked at, the time of
+    // arrival is cheaper to make than the radar's stamp, which the link would use.
+    QDateTime time = QDateTime::fromMSecsSinceEpoch(m_startMsecs + entry.timeUs / 1000, Qt::UTC);
+    if (m_objectFeed && headerSize > 0) {
+        const QDateTime stamp = TimeStampHeader::dateTime(entry.data);
+        if (stamp.isValid())
+            time = stamp;
+    }
     const int state = m_client->decodeRecords(time, records, &accepted);
     if (state == IOrvexClient::BadData)
         ++m_badMessages;
+    if (m_objectFeed && !records.frames.isEmpty())
+        m_objectFeed(time, m_client->currentObjects());
 
     for (int i = 0; i < accepted; ++i) {
         CanIdFigures& id = m_canIds[records.frames[i].id];

@@ -2,6 +2,7 @@
 
 #include "intervalstats.h"
 #include "recordedmessage.h"
+#include "roadobject.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -9,6 +10,7 @@
 #include <QString>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 
 class IOrvexSerialConnectionClient;
@@ -76,6 +78,12 @@ public:
     explicit StreamInspector(qint64 startMsecsSinceEpoch, int variant = -1);
     ~StreamInspector();
 
+    // Receives, after every message of the radar that carried CAN frames, its time (the
+    // radar server's stamp, or the arrival) and the road objects the client then holds.
+    using ObjectFeed
+        = std::function<void(const QDateTime& time, const QMap<quint8, RoadObject>& objects)>;
+    void setObjectFeed(const ObjectFeed& feed) { m_objectFeed = feed; }
+
     void add(const RecordedMessage& entry);
     // After the last entry: a silence that lasts to the end becomes a gap.
     void finish();
@@ -137,4 +145,5 @@ private:
     QList<int> m_awaitingAck; // CAN commands without acknowledgement, oldest first
     quint64 m_unexpectedAcks = 0;
     QVector<Session> m_sessions;
+    ObjectFeed m_objectFeed;
 };

@@ -2,6 +2,7 @@
 // tests and operator training without hardware; also a recording relay in front of a
 // real radar server, and the replay of such recordings. See --help.
 
+#include "groundtruth.h"
 #include "proxyserver.h"
 #include "radarserver.h"
 #include "recordingplayer.h"
@@ -53,9 +54,10 @@ void stopOnSignals(QCoreApplication& app, const std::function<void()>& closeAll)
     std::signal(SIGTERM, onUnixSignal);
 }
 
-bool loadLanes(const SimOptions& options, QMap<int, QPolygonF>& lanes, QString& error)
+bool loadRoad(const SimOptions& options, QJsonObject& road, QMap<int, QPolygonF>& lanes,
+              QString& error)
 {
-    QJsonObject road = SimRoad::defaultConfig();
+    road = SimRoad::defaultConfig();
     if (!options.roadFile.isEmpty() && !SimRoad::load(options.roadFile, road, error))
         return false;
     lanes = SimRoad::laneCentres(road);
@@ -64,9 +66,28 @@ bool loadLanes(const SimOptions& options, QMap<int, QPolygonF>& lanes, QString& 
             QStringLiteral("orvex-radar-sim: the road in %1 has no lanes; vehicles drive on the "
                            "default road")
                 .arg(options.roadFile));
-        lanes = SimRoad::laneCentres(SimRoad::defaultConfig());
+        road = SimRoad::defaultConfig();
+        lanes = SimRoad::laneCentres(road);
     }
     return true;
+}
+
+// The detection line of --truth across the road the vehicles drive on.
+bool truthLine(const SimOptions& options, const QJsonObject& road, DetectionLine& line,
+               QString& error)
+{
+    switch (line.setRoad(road, options.truthLine)) {
+    case DetectionLine::NoProblem: return true;
+    case DetectionLine::OutsideRoad:
+        error = QStringLiteral("--line %1 lies outside the road, which runs from 0 to %2 m")
+                    .arg(options.truthLine)
+                    .arg(line.roadLength());
+        return false;
+    case DetectionLine::NoLanes:
+    case DetectionLine::NoRoad: break;
+    }
+    error = QStringLiteral("the road has no stretch to lay a detection line across");
+    return false;
 }
 
 bool loadReplay(const SimOptions& options, RecordingReader& reader,
@@ -134,6 +155,7 @@ int main(int argc, char* argv[])
         if (!options.quiet)
             QObject::connect(recorder.get(), &StreamRecorder::logLine, printLine);
     }
+    GroundTruth truth; // outlives the radar that counts into it
     RecordingReader replay; // the replayed messages point into it
     QVector<RecordedMessage> replayMessages;
     if (!options.replayFile.isEmpty() && !loadReplay(options, replay, replayMessages, error))
@@ -157,11 +179,19 @@ int main(int argc, char* argv[])
         url = proxy->url();
         stopOnSignals(app, [&proxy] { proxy->closeAll(); });
     } else {
+        QJsonObject road;
         QMap<int, QPolygonF> lanes;
-        if (!loadLanes(options, lanes, error))
+        if (!loadRoad(options, road, lanes, error))
             return fail(error, 2);
         laneCount = lanes.size();
         radar = std::make_unique<SimulatedRadar>(options, lanes);
+        if (!options.truthFile.isEmpty()) {
+            DetectionLine line;
+            if (!truthLine(options, road, line, error)
+                || !truth.open(options.truthFile, options.truthLine, error))
+                return fail(error, 2);
+            radar->countAt(line, &truth);
+        }
         server = std::make_unique<RadarServer>(options, radar.get());
         server->setRecorder(recorder.get());
         if (!replayMessages.isEmpty())
@@ -195,8 +225,13 @@ int main(int argc, char* argv[])
                          options.variant == 0 ? "SerD" : "SerP", options.rate, options.vehicles,
                          laneCount, options.seed,
                          options.timeStampHeader ? "" : ", no time-stamp header");
+            if (options.timeScale != 1.0)
+                std::fprintf(stderr, "simulated time runs %g times as fast\n", options.timeScale);
         }
         radar->start();
     }
-    return app.exec();
+    const int code = app.exec();
+    if (!options.truthFile.isEmpty() && !options.proxyUrl.isValid())
+        std::printf("%s\n", qPrintable(truth.summary()));
+    return code;
 }

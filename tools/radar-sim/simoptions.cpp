@@ -103,14 +103,32 @@ bool SimOptions::parse(const QStringList& arguments, SimOptions& options, QStrin
         "no-header", "Send the radar's records without the UTC time-stamp header.");
     const QCommandLineOption variant(
         "variant", "Protocol variant at start: 0 = SerD, 1 = SerP (default 0).", "n", "0");
-    const QCommandLineOption vehicles("vehicles", "Vehicles on the road at once (default 8).", "n",
-                                      "8");
+    const QCommandLineOption vehicles("vehicles",
+                                      "Vehicles on the road at once (default 8); each keeps to "
+                                      "its lane at a speed of its own, slowing down only "
+                                      "behind a slower one.",
+                                      "n", "8");
     const QCommandLineOption road("road",
                                   "Road whose lanes the vehicles follow: a JSON file holding the "
                                   "application's \"road_config\" object, or the application's "
                                   "settings file (the current work profile's road is taken).",
                                   "file");
     const QCommandLineOption seed("seed", "Random seed, for a repeatable run.", "n");
+    const QCommandLineOption timeScale(
+        "time-scale",
+        "Run the simulated time this many times as fast as the clock, 0.1 to 100 (default 1): "
+        "cycles come that much more often and carry the simulated time in their time stamps.",
+        "x", "1");
+    const QCommandLineOption truth(
+        "truth",
+        "Write the ground truth of a traffic count into this file: one CSV line per vehicle "
+        "as it passes the detection line (time, id, lane, direction, speed, length), and the "
+        "counts per lane and direction to standard output at the end.",
+        "file");
+    const QCommandLineOption line("line",
+                                  "With --truth: the detection line's distance along the road "
+                                  "in metres (default 50).",
+                                  "metres", "50");
     const QCommandLineOption selfTest(
         "selftest", "Self-diagnostics word the radar reports (default 0x3F: all units ok).", "word",
         "0x3F");
@@ -150,6 +168,7 @@ bool SimOptions::parse(const QStringList& arguments, SimOptions& options, QStrin
     parser.addOptions({host, port, rate, noHeader, variant, vehicles, road, seed, selfTest,
                        portName, busyAcks, errorAck, noAcks, garbage, silence, ignorePings, quiet});
     parser.addOptions({proxy, record, replay, speed, loop, from, to});
+    parser.addOptions({timeScale, truth, line});
 
     if (!parser.parse(arguments)) {
         error = parser.errorText();
@@ -206,6 +225,27 @@ bool SimOptions::parse(const QStringList& arguments, SimOptions& options, QStrin
     options.rate = parser.value(rate).toDouble(&ok);
     if (!ok || options.rate < 0.1 || options.rate > 200) {
         error = QStringLiteral("--rate wants cycles per second from 0.1 to 200");
+        return false;
+    }
+    options.timeScale = parser.value(timeScale).toDouble(&ok);
+    if (!ok || !(options.timeScale >= 0.1 && options.timeScale <= 100)) {
+        error = QStringLiteral("--time-scale wants a factor from 0.1 to 100");
+        return false;
+    }
+    options.truthFile = parser.value(truth);
+    options.truthLine = parser.value(line).toDouble(&ok);
+    if (!ok || !std::isfinite(options.truthLine)) {
+        error = QStringLiteral("--line wants a distance in metres along the road");
+        return false;
+    }
+    if (parser.isSet(line) && !parser.isSet(truth)) {
+        error = QStringLiteral("--line goes with --truth");
+        return false;
+    }
+    if ((parser.isSet(truth) || parser.isSet(timeScale))
+        && (parser.isSet("replay") || parser.isSet("proxy"))) {
+        error = QStringLiteral("--truth and --time-scale are for the simulated traffic, not "
+                               "for --replay or --proxy");
         return false;
     }
     if (parser.isSet(silence)) {

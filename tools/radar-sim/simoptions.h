@@ -18,6 +18,13 @@ struct SimOptions
     quint32 seed = 0;
     bool seedGiven = false;
     quint16 selfTestWord = 0x3F;
+    // Simulated seconds per second of wall time: cycles come this much more often, the
+    // traffic moves as far per cycle, and the radar's time stamps follow simulated time.
+    double timeScale = 1.0;
+    // The simulator's own count of the vehicles passing a detection line this far along
+    // the road, written to this file as they pass.
+    QString truthFile;
+    double truthLine = 50.0;
     QString portName = QStringLiteral("/dev/ttySIM0");
 
     // Fault injection.

@@ -1,6 +1,7 @@
 #include "simulatedradar.h"
 
 #include "canmessage.h"
+#include "groundtruth.h"
 #include "radarparamnumbering.h"
 #include "serialrecords.h"
 #include "udtpayload.h"
@@ -38,7 +39,8 @@ SimulatedRadar::SimulatedRadar(const SimOptions& options, const QMap<int, QPolyg
     , m_busyAcksLeft(options.busyAcks)
 {
     m_cycleTimer.setTimerType(Qt::PreciseTimer);
-    m_cycleTimer.setInterval(qMax(1, int(std::lround(1000.0 / options.rate))));
+    m_cycleTimer.setInterval(
+        qMax(1, int(std::lround(1000.0 / (options.rate * options.timeScale)))));
     connect(&m_cycleTimer, &QTimer::timeout, this, &SimulatedRadar::doCycle);
 }
 
@@ -48,8 +50,22 @@ void SimulatedRadar::start()
     m_cycleTimer.start();
 }
 
+void SimulatedRadar::countAt(const DetectionLine& line, GroundTruth* truth)
+{
+    m_traffic.setDetectionLine(line);
+    m_truth = truth;
+}
+
+QDateTime SimulatedRadar::cycleTime() const
+{
+    if (m_options.timeScale == 1.0)
+        return QDateTime::currentDateTimeUtc();
+    return m_startTime.addMSecs(std::llround(m_time * 1000));
+}
+
 void SimulatedRadar::startAnswering()
 {
+    m_startTime = QDateTime::currentDateTimeUtc();
     m_sinceStart.start();
     m_uptime.start();
 }
@@ -95,14 +111,29 @@ void SimulatedRadar::doCycle()
     m_traffic.step(dt);
     ++m_cycle;
     ++m_messages;
+    const QDateTime now = cycleTime();
+    if (m_truth) {
+        const qint64 nowMs = now.toMSecsSinceEpoch();
+        for (const SimulatedTraffic::Passage& p : m_traffic.passages()) {
+            VehicleCrossing vehicle;
+            vehicle.timeMs = nowMs - std::llround((m_traffic.time() - p.time) * 1000);
+            vehicle.id = p.id;
+            vehicle.lane = p.lane;
+            vehicle.direction = p.direction;
+            vehicle.speed = p.speed;
+            vehicle.length = p.length;
+            m_truth->add(vehicle);
+        }
+    }
 
     QByteArray message;
     if (m_options.timeStampHeader)
-        message += RadarFrameEncoder::timeStampHeader(QDateTime::currentDateTimeUtc());
+        message += RadarFrameEncoder::timeStampHeader(now);
     message += m_pendingAcks;
     message += RadarFrameEncoder::frame(m_ids.synchronization, 0);
-    message += RadarFrameEncoder::frame(
-        m_ids.sensorControl, RadarFrameEncoder::counterPayload(quint32(m_uptime.elapsed())));
+    const quint32 uptimeMs = quint32(m_uptime.elapsed() * m_options.timeScale);
+    message += RadarFrameEncoder::frame(m_ids.sensorControl,
+                                        RadarFrameEncoder::counterPayload(uptimeMs));
     message += RadarFrameEncoder::frame(m_ids.objectControl,
                                         RadarFrameEncoder::counterPayload(m_cycle));
     for (const SimulatedTraffic::Object& o : objectsThisCycle()) {

@@ -13,6 +13,7 @@
 #include <QTimer>
 
 class CanMessage;
+class GroundTruth;
 
 // The radar itself: once per cycle it reports its uptime, its cycle number and the
 // vehicles it sees; it takes commands one at a time, acknowledges them in its next
@@ -38,6 +39,8 @@ public:
     int variant() const { return m_variant; }
     void setVariant(int variant);
     const SimParameterStore& parameters() const { return m_params; }
+    // Notes every vehicle that passes this detection line in the ground truth.
+    void countAt(const DetectionLine& line, GroundTruth* truth);
 
 public slots:
     // Bytes a client sent to the radar: CAN frames on the command and radar-setup ids.
@@ -55,6 +58,8 @@ private:
     void execute(const RadarFrameEncoder::Command& command);
     void respond(const QList<quint64>& frames) { m_pendingUdt += frames; }
     QVector<SimulatedTraffic::Object> objectsThisCycle();
+    // The time of the cycle: the clock's, or with a time scale the simulated time.
+    QDateTime cycleTime() const;
 
     SimOptions m_options;
     int m_variant = 0;
@@ -72,4 +77,6 @@ private:
     bool m_restartPending = false;
     qint64 m_silentUntilMs = -1; // restart: no cycles until then (time since start)
     double m_time = 0;
+    QDateTime m_startTime;
+    GroundTruth* m_truth = nullptr;
 };

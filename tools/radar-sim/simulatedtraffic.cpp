@@ -104,9 +104,17 @@ bool SimulatedTraffic::entryFree(const Vehicle& entering) const
     });
 }
 
+double SimulatedTraffic::alongLine(const Vehicle& vehicle) const
+{
+    QPointF direction;
+    const QPointF p = pointAt(m_lanes.at(vehicle.lane), vehicle.s, direction);
+    return m_line.along(p.x(), p.y());
+}
+
 void SimulatedTraffic::step(double dt)
 {
     m_time += dt;
+    m_passages.clear();
     for (int i = 0; i < m_vehicles.size(); ++i) {
         Vehicle& v = m_vehicles[i];
         if (v.waiting > 0) {
@@ -133,7 +141,17 @@ void SimulatedTraffic::step(double dt)
             v.speed = std::min(target, v.speed + Acceleration * dt);
         else
             v.speed = std::max(target, v.speed - Deceleration * dt);
+        const double before = m_line.isValid() ? alongLine(v) : 0;
         v.s += v.speed * dt;
+        if (m_line.isValid()) {
+            // The point the radar reports passing the line during this step.
+            const double after = alongLine(v);
+            if ((before < 0) != (after < 0)) {
+                const double share = before / (before - after);
+                m_passages.append({m_time - dt + share * dt, v.id, m_lanes.at(v.lane).partId,
+                                   after > before ? 1 : -1, v.speed, v.length});
+            }
+        }
 
         if (v.s - v.length > laneLength(m_lanes.at(v.lane)))
             newVehicle(v); // gone past the end of the road; another one will come

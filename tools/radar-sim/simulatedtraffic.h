@@ -1,5 +1,7 @@
 #pragma once
 
+#include "detectionline.h"
+
 #include <QMap>
 #include <QPointF>
 #include <QPolygonF>
@@ -18,6 +20,17 @@ public:
         double xRange = 0, yRange = 0, xSpeed = 0, ySpeed = 0, length = 0;
     };
 
+    // A vehicle passing the detection line, as the traffic knows it.
+    struct Passage
+    {
+        double time = 0; // seconds of traffic time, between two steps
+        quint8 id = 0;
+        int lane = 0;
+        int direction = 1; // +1 towards greater distances along the road
+        double speed = 0; // m/s
+        double length = 0;
+    };
+
     static constexpr double RadarRange = 250.0; // the radar sees 0 to 250 m ahead
     static constexpr int MaxTrafficId = 59; // ids 60-63 are kept for demo objects
     static constexpr double DropOutChance = 0.04;
@@ -25,7 +38,12 @@ public:
     // laneCentres: lane part number -> centre line with a point every metre.
     SimulatedTraffic(const QMap<int, QPolygonF>& laneCentres, int vehicles, quint32 seed);
 
+    // Vehicles passing this line are noted in every step from now on.
+    void setDetectionLine(const DetectionLine& line) { m_line = line; }
     void step(double dt);
+    // The vehicles that passed the detection line in the last step.
+    const QVector<Passage>& passages() const { return m_passages; }
+    double time() const { return m_time; } // seconds since the traffic started
     // The vehicles the radar sees this cycle: within range, less the occasional miss.
     QVector<Object> reportedObjects();
 
@@ -57,6 +75,7 @@ private:
     QPointF pointAt(const Lane& lane, double s, QPointF& direction) const;
     void newVehicle(Vehicle& vehicle);
     bool entryFree(const Vehicle& entering) const;
+    double alongLine(const Vehicle& vehicle) const;
     quint8 nextFreeId();
     double uniform(double low, double high) { return low + m_rng.generateDouble() * (high - low); }
 
@@ -65,4 +84,6 @@ private:
     QRandomGenerator m_rng;
     double m_time = 0;
     int m_idCursor = 0;
+    DetectionLine m_line;
+    QVector<Passage> m_passages;
 };
