@@ -6,6 +6,12 @@
 
 int main(int argc, char* argv[])
 {
+    // Scale the whole user interface on high-density screens (or by QT_SCALE_FACTOR) and
+    // draw icons and cached pictures at the screen's pixel density; both must be chosen
+    // before the application object exists.
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+
     QApplication app(argc, argv);
     TranslationLoader::install(&app, QLocale::system().name(), QApplication::applicationDirPath());
 

@@ -46,7 +46,10 @@ void ProjectionPainter::paint(QPainter& painter, const Scene& scene)
         return;
     const bool showRoad = scene.mode == Mode::Normal && scene.model->isValid() && scene.road
                           && scene.tracks && scene.frame;
+    // The base and the tracks are drawn at the screen's density, sharp on a scaled display.
+    const qreal ratio = painter.device() ? painter.device()->devicePixelRatioF() : 1.0;
     const BaseKey key{scene.size,
+                      ratio,
                       scene.road ? scene.road->version() : 0,
                       showRoad,
                       scene.options.showLaneLines,
@@ -55,7 +58,7 @@ void ProjectionPainter::paint(QPainter& painter, const Scene& scene)
     if (!m_hasBase || !(key == m_baseKey)) {
         m_baseKey = key;
         m_hasBase = true;
-        doDrawBase(scene, showRoad);
+        doDrawBase(scene, showRoad, ratio);
         m_composed = m_base.copy();
         m_tracksRects.clear();
     } else if (!m_tracksRects.isEmpty()) {
@@ -73,7 +76,7 @@ void ProjectionPainter::paint(QPainter& painter, const Scene& scene)
         m_tracksRects.clear();
     }
     if (showRoad && scene.options.showCurrentTracks)
-        doDrawTracks(scene);
+        doDrawTracks(scene, ratio);
 
     painter.save();
     painter.setCompositionMode(QPainter::CompositionMode_Source);
@@ -88,11 +91,13 @@ void ProjectionPainter::paint(QPainter& painter, const Scene& scene)
         doDrawCheckpoints(painter, scene);
 }
 
-void ProjectionPainter::doDrawBase(const Scene& scene, bool showRoad)
+void ProjectionPainter::doDrawBase(const Scene& scene, bool showRoad, qreal devicePixelRatio)
 {
     const int w = scene.size.width();
     const int h = scene.size.height();
-    m_base = QImage(scene.size, QImage::Format_ARGB32_Premultiplied);
+    m_base = QImage((QSizeF(scene.size) * devicePixelRatio).toSize(),
+                    QImage::Format_ARGB32_Premultiplied);
+    m_base.setDevicePixelRatio(devicePixelRatio);
     m_base.fill(Veil);
     QPainter p(&m_base);
     p.setPen(QPen(FrameLine, 1, Qt::DashLine));
@@ -131,8 +136,10 @@ void ProjectionPainter::doDrawBase(const Scene& scene, bool showRoad)
     }
 }
 
-void ProjectionPainter::doDrawTracks(const Scene& scene)
+void ProjectionPainter::doDrawTracks(const Scene& scene, qreal devicePixelRatio)
 {
+    // The rasterizer writes the picture's own pixels.
+    const QTransform toPixels = QTransform::fromScale(devicePixelRatio, devicePixelRatio);
     // In display order: later ids paint over earlier ones.
     m_rasterizer.begin(&m_composed);
     const QMap<quint8, QPolygon>& tracks = scene.tracks->screenTracks();
@@ -141,7 +148,7 @@ void ProjectionPainter::doDrawTracks(const Scene& scene)
         if (it == tracks.cend() || it->size() < 2)
             continue;
         const QRgb color = ObjectColor::base(scene.options.paintObjects ? id : 0).rgba();
-        m_rasterizer.drawTrack(*it, color);
+        m_rasterizer.drawTrack(devicePixelRatio == 1.0 ? *it : toPixels.map(*it), color);
     }
     m_tracksRects = m_rasterizer.touched();
 }

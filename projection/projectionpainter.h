@@ -73,6 +73,7 @@ private:
     struct BaseKey
     {
         QSize size;
+        qreal devicePixelRatio = 1.0; // screen pixels per pixel of the view
         quint64 roadVersion = 0;
         bool showRoad = false;
         bool showLaneLines = false;
@@ -80,14 +81,15 @@ private:
         bool showAverageTracks = false;
         bool operator==(const BaseKey& o) const
         {
-            return size == o.size && roadVersion == o.roadVersion && showRoad == o.showRoad
+            return size == o.size && devicePixelRatio == o.devicePixelRatio
+                   && roadVersion == o.roadVersion && showRoad == o.showRoad
                    && showLaneLines == o.showLaneLines && showDistLines == o.showDistLines
                    && showAverageTracks == o.showAverageTracks;
         }
     };
 
-    void doDrawBase(const Scene& scene, bool showRoad);
-    void doDrawTracks(const Scene& scene);
+    void doDrawBase(const Scene& scene, bool showRoad, qreal devicePixelRatio);
+    void doDrawTracks(const Scene& scene, qreal devicePixelRatio);
     void doDrawObjects(QPainter& p, const Scene& scene);
     void doDrawCheckpoints(QPainter& p, const Scene& scene) const;
     void doDrawAnimation(QPainter& p, const Scene& scene) const;

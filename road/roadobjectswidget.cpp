@@ -299,6 +299,7 @@ void RoadObjectsWidget::paintEvent(QPaintEvent* event)
         p.fillRect(rect(), Background);
         return;
     }
+    m_roadLayer.setDevicePixelRatio(devicePixelRatioF());
     if (m_drawTracksOnBase && m_frameArrived)
         m_roadLayer.expose(m_tracks.screenTracks());
     m_frameArrived = false;

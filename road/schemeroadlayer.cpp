@@ -210,9 +210,20 @@ void SchemeRoadLayer::expose(const QMap<quint8, QPolygon>& tracks)
     }
 }
 
+void SchemeRoadLayer::setDevicePixelRatio(qreal ratio)
+{
+    m_stale = m_stale || ratio != m_devicePixelRatio;
+    m_devicePixelRatio = ratio;
+}
+
+QSize SchemeRoadLayer::pixelSize() const
+{
+    return (QSizeF(m_geometry.size().expandedTo(QSize(1, 1))) * m_devicePixelRatio).toSize();
+}
+
 const QPixmap& SchemeRoadLayer::picture()
 {
-    if (m_stale || m_picture.size() != m_geometry.size()) {
+    if (m_stale || m_picture.size() != pixelSize()) {
         m_stale = false;
         doDraw();
     }
@@ -221,7 +232,8 @@ const QPixmap& SchemeRoadLayer::picture()
 
 void SchemeRoadLayer::doDraw()
 {
-    m_picture = QPixmap(m_geometry.size().expandedTo(QSize(1, 1)));
+    m_picture = QPixmap(pixelSize());
+    m_picture.setDevicePixelRatio(m_devicePixelRatio);
     m_picture.fill(Background);
     if (!m_geometry.isValid())
         return;

@@ -32,6 +32,9 @@ public:
     // The limitation area's bounding rectangle in metres (none when null), filled when
     // the radar uses it.
     void setLimitation(const QRectF& area, bool inUse);
+    // Pixels of the screen per pixel of the scheme: the picture is drawn at the screen's
+    // density so that it stays sharp on a scaled display.
+    void setDevicePixelRatio(qreal ratio);
     const QRectF& limitation() const { return m_limitation; }
     bool isLimitationInUse() const { return m_limitationInUse; }
     // Starts the long exposure anew from the clean road.
@@ -69,6 +72,7 @@ private:
     int thinnedTexts(const QVector<TextPlace>& places, int unit, int firstRound,
                      QVector<Text>& texts) const;
     void doDraw();
+    QSize pixelSize() const;
 
     SchemeRoad m_road;
     SchemeGeometry m_geometry;
@@ -90,5 +94,6 @@ private:
     int m_scaleTextStep = 0;
 
     QPixmap m_picture;
+    qreal m_devicePixelRatio = 1.0;
     bool m_stale = true;
 };

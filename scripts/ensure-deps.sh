@@ -4,7 +4,8 @@ set -euo pipefail
 
 packages=(g++ make cmake qtbase5-dev libqt5websockets5-dev qttools5-dev qttools5-dev-tools
           qttranslations5-l10n zlib1g-dev
-          fonts-dejavu-core)
+          fonts-dejavu-core
+          desktop-file-utils appstream)  # validators of the install test
 # The fuzz targets (scripts/fuzz.sh) need Debian's clang with its sanitizer and libFuzzer
 # runtimes.
 if [ -n "${ORVEX_FUZZ_DEPS:-}" ]; then
