@@ -49,24 +49,24 @@ inline const QLatin1String LimitationsPresets("limitations_presets");
 
 // Inside one preset: its button's text ("name", as above) and the panel's values.
 namespace PositionPreset {
-constexpr QLatin1String Height("height");
-constexpr QLatin1String XOffset("x_offset");
-constexpr QLatin1String YOffset("y_offset");
-constexpr QLatin1String Azimuth("azimuth");
-constexpr QLatin1String Altitude("altitude"); // the elevation
-constexpr QLatin1String Roll("roll");
+inline const QLatin1String Height("height");
+inline const QLatin1String XOffset("x_offset");
+inline const QLatin1String YOffset("y_offset");
+inline const QLatin1String Azimuth("azimuth");
+inline const QLatin1String Altitude("altitude"); // the elevation
+inline const QLatin1String Roll("roll");
 } // namespace PositionPreset
 
 namespace LimitationsPreset {
-constexpr QLatin1String SpeedXMin("speed_x_min");
-constexpr QLatin1String SpeedXMax("speed_x_max");
-constexpr QLatin1String SpeedYMin("speed_y_min");
-constexpr QLatin1String SpeedYMax("speed_y_max");
-constexpr QLatin1String PointCount("point_count");
-constexpr QLatin1String PositionXMin("position_x_min");
-constexpr QLatin1String PositionXMax("position_x_max");
-constexpr QLatin1String PositionYMin("position_y_min");
-constexpr QLatin1String PositionYMax("position_y_max");
+inline const QLatin1String SpeedXMin("speed_x_min");
+inline const QLatin1String SpeedXMax("speed_x_max");
+inline const QLatin1String SpeedYMin("speed_y_min");
+inline const QLatin1String SpeedYMax("speed_y_max");
+inline const QLatin1String PointCount("point_count");
+inline const QLatin1String PositionXMin("position_x_min");
+inline const QLatin1String PositionXMax("position_x_max");
+inline const QLatin1String PositionYMin("position_y_min");
+inline const QLatin1String PositionYMax("position_y_max");
 } // namespace LimitationsPreset
 
 } // namespace ProfileKeys
