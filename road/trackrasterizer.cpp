@@ -93,18 +93,26 @@ void TrackRasterizer::drawTrack(const QPoint* points, int count, QRgb color)
     const qint64 boxWidth = qint64(all.right()) - left + 1;
     const qint64 area = boxWidth * (qint64(all.bottom()) - top + 1);
     const bool marking = inside && area <= MaxMarkedArea;
-    if (marking)
-        m_marks.assign(size_t(area), 0);
+    if (marking) {
+        // A new stamp marks this track's squares: the marks of earlier tracks are
+        // simply other stamps, so nothing needs clearing.
+        if (m_marks.size() < size_t(area))
+            m_marks.resize(size_t(area), 0);
+        if (++m_stamp == 0) {
+            std::fill(m_marks.begin(), m_marks.end(), 0);
+            m_stamp = 1;
+        }
+    }
     for (int i = 0; i < count; ++i) {
         const QPoint& p = points[i];
         if (p == last)
             continue;
         const int x = p.x(), y = p.y();
         if (marking) {
-            quint8& mark = m_marks[size_t((y - top) * boxWidth + (x - left))];
-            if (mark)
+            quint32& mark = m_marks[size_t((y - top) * boxWidth + (x - left))];
+            if (mark == m_stamp)
                 continue;
-            mark = 1;
+            mark = m_stamp;
             doSquare(x, y, color);
         } else if (m_clip.contains(reach(p))) {
             doSquare(x, y, color);

@@ -58,7 +58,8 @@ private:
     QRect m_clip;
     bool m_clipped = false; // the clip is smaller than the picture
     QVector<QRect> m_touched;
-    // The pixels of a track's box whose square is drawn already: a standing vehicle's
-    // thousand points fall on a few dozen pixels.
-    std::vector<quint8> m_marks;
+    // The pixels of a track's box whose square is drawn already (those holding the
+    // track's stamp): a standing vehicle's thousand points fall on a few dozen pixels.
+    std::vector<quint32> m_marks;
+    quint32 m_stamp = 0;
 };
