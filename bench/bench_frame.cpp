@@ -105,18 +105,15 @@ int main(int argc, char* argv[])
     QObject::connect(&builder, &RoadBuilder::roadAxisLine, &scheme, &R::setRoadAxisLine);
     QObject::connect(&builder, &RoadBuilder::roadAxisLine, &projection, &P::setRoadAxisLine);
     QObject::connect(&builder, &RoadBuilder::laneBorderLines, &scheme, &R::setLaneBorderLines);
-    QObject::connect(&builder, &RoadBuilder::laneBorderLines, &projection,
-                     &P::setLaneBorderLines);
+    QObject::connect(&builder, &RoadBuilder::laneBorderLines, &projection, &P::setLaneBorderLines);
     QObject::connect(&builder, &RoadBuilder::roadBorderLines, &scheme, &R::setRoadBorderLines);
-    QObject::connect(&builder, &RoadBuilder::roadBorderLines, &projection,
-                     &P::setRoadBorderLines);
+    QObject::connect(&builder, &RoadBuilder::roadBorderLines, &projection, &P::setRoadBorderLines);
     QObject::connect(&builder, &RoadBuilder::laneCenterLines, &helper,
                      &ObjectsHelper::setLaneCenterLines);
     QObject::connect(&builder, &RoadBuilder::distanceLines, &scheme, &R::setDistanceLines);
     QObject::connect(&builder, &RoadBuilder::distanceLines, &projection, &P::setDistanceLines);
     QObject::connect(&builder, &RoadBuilder::roadTanAngles, &scheme, &R::setRoadTanAngles);
-    QObject::connect(&builder, &RoadBuilder::applyingRoadFinished, &scheme,
-                     &R::finishApplyingRoad);
+    QObject::connect(&builder, &RoadBuilder::applyingRoadFinished, &scheme, &R::finishApplyingRoad);
     QObject::connect(&builder, &RoadBuilder::applyingRoadFinished, &projection,
                      &P::finishApplyingRoad);
     QObject::connect(&builder, &RoadBuilder::applyingRoadFinished, &helper,
@@ -170,8 +167,8 @@ int main(int argc, char* argv[])
         speed[i] = (11.0 + (i * 7) % 14) * (i % 4 < 2 ? 1.0 : -1.0);
         x[i] = std::fmod(i * 4.7, RoadEnd);
     }
-    const QDateTime start = QDateTime::currentDateTimeUtc().addMSecs(
-        -qint64(WarmFrames + frames) * FrameIntervalMs);
+    const QDateTime start
+        = QDateTime::currentDateTimeUtc().addMSecs(-qint64(WarmFrames + frames) * FrameIntervalMs);
     auto feed = [&](int f) {
         const QDateTime time = start.addMSecs(qint64(f) * FrameIntervalMs);
         const QDateTime older = time.addMSecs(-FrameIntervalMs);
@@ -213,8 +210,8 @@ int main(int argc, char* argv[])
         QApplication::processEvents();
     }
 
-    std::vector<qint64> total, wall, intake, schemePaint, tablePaint, historyPaint,
-        projectionPaint, rest;
+    std::vector<qint64> total, wall, intake, schemePaint, tablePaint, historyPaint, projectionPaint,
+        rest;
     QElapsedTimer clock;
     auto paint = [](QWidget& w, std::vector<qint64>& costs) {
         const qint64 t = threadCpuNs();
@@ -245,9 +242,10 @@ int main(int argc, char* argv[])
     std::printf("every per-frame view: scheme %dx%d, objects table %dx%d, history %dx%d (%d "
                 "rows), projection %dx%d; %d objects, %d ms frames, %d frames\n",
                 scheme.width(), scheme.height(), table.width(), table.height(), history.width(),
-                history.height(), history.findChild<QAbstractItemView*>()
-                                      ? history.findChild<QAbstractItemView*>()->model()->rowCount()
-                                      : 0,
+                history.height(),
+                history.findChild<QAbstractItemView*>()
+                    ? history.findChild<QAbstractItemView*>()->model()->rowCount()
+                    : 0,
                 projection.width(), projection.height(), Objects, FrameIntervalMs, frames);
     print("one frame, all views (CPU)", figures(total));
     print("  intake (helper and five feeds)", figures(intake));

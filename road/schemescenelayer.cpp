@@ -82,8 +82,8 @@ void SchemeSceneLayer::takeChanges(const SchemeTracks::Changes& changes)
 
 const QImage& SchemeSceneLayer::picture(const QPixmap& road, const SchemeTracks& tracks)
 {
-    if (m_baseStale || road.cacheKey() != m_roadKey
-        || tracks.averageVersion() != m_averageVersion || m_base.size() != road.size()) {
+    if (m_baseStale || road.cacheKey() != m_roadKey || tracks.averageVersion() != m_averageVersion
+        || m_base.size() != road.size()) {
         m_baseStale = false;
         m_roadKey = road.cacheKey();
         m_averageVersion = tracks.averageVersion();

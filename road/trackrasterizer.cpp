@@ -204,8 +204,10 @@ void TrackRasterizer::doClippedLine(double x0, double y0, double x1, double y1, 
         if (t0 > t1)
             return;
     }
-    const auto clampX = [xMin, xMax](double v) { return int(std::clamp(std::round(v), xMin, xMax)); };
-    const auto clampY = [yMin, yMax](double v) { return int(std::clamp(std::round(v), yMin, yMax)); };
+    const auto clampX
+        = [xMin, xMax](double v) { return int(std::clamp(std::round(v), xMin, xMax)); };
+    const auto clampY
+        = [yMin, yMax](double v) { return int(std::clamp(std::round(v), yMin, yMax)); };
     doCheckedLine(clampX(x0 + t0 * dx), clampY(y0 + t0 * dy), clampX(x0 + t1 * dx),
                   clampY(y0 + t1 * dy), color);
 }

@@ -213,9 +213,9 @@ void tst_RoadObjectsWidget::frameByFrameEqualsWholeDraw_data()
     QTest::newRow("tracks growing") << 60 << 0.7 << false << -1;
     QTest::newRow("a track ends") << 60 << 0.7 << false << 40;
     QTest::newRow("points back on earlier ones lose their marks") << 79 << 0.0 << true << -1;
-    QTest::newRow("long tracks shortened") << SchemeTracks::MaxTrackPoints
-                                                      + 2 * SchemeTracks::TrackTrimPoints + 5
-                                               << 0.02 << false << -1;
+    QTest::newRow("long tracks shortened")
+        << SchemeTracks::MaxTrackPoints + 2 * SchemeTracks::TrackTrimPoints + 5 << 0.02 << false
+        << -1;
 }
 
 void tst_RoadObjectsWidget::frameByFrameEqualsWholeDraw()
