@@ -142,7 +142,7 @@ pids+=("$app_pid")
 echo "application pid $app_pid, simulator pid $sim_pid (port $port)" >&2
 
 # Under X: size the main window (the first top-level window titled after the program).
-window_note="windows at their own sizes (offscreen)"
+window_note="windows at their own sizes"
 if [ "$display" != offscreen ] && command -v xdotool >/dev/null; then
     for _ in $(seq 100); do
         main_window="$(DISPLAY="$display" xdotool search --sync --limit 1 --onlyvisible \
