@@ -181,6 +181,7 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
     const QFontMetrics idMetrics(m_textFont);
     const QFontMetrics labelMetrics(m_labelFont);
     const CameraModel& model = *scene.model;
+    const QString speedFormat = tr("%1 km/h");
     bool ok = false;
     for (quint8 id : scene.frame->sortedIds) {
         const auto it = scene.frame->objects.constFind(id);
@@ -205,7 +206,7 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
                                  disc.center().y() + 0.5 - idSize.height() / 2.0),
                          idStatic);
 
-        const QString label = tr("%1 km/h").arg(RoadObject::kmh(it->xSpeed), 0, 'f', 1);
+        const QString label = speedFormat.arg(RoadObject::kmh(it->xSpeed), 0, 'f', 1);
         const QRect labelRect(QPoint(at.x() + 22, at.y() - 32), QPoint(at.x() + 149, at.y() + 31));
         auto bounds = m_labelBounds.find(label);
         if (bounds == m_labelBounds.end()) {

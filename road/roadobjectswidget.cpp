@@ -262,7 +262,7 @@ void RoadObjectsWidget::addObject(quint8 id, double xSpeed, double ySpeed, doubl
 void RoadObjectsWidget::finishFilling(const QVector<quint8>& order)
 {
     m_order = order;
-    m_tracks.update(m_order, m_objects, m_frameTime, m_geometry);
+    m_sceneLayer.takeChanges(m_tracks.update(m_order, m_objects, m_frameTime, m_geometry));
     m_frameArrived = true;
     update();
 }
@@ -303,7 +303,7 @@ void RoadObjectsWidget::paintEvent(QPaintEvent* event)
     if (m_drawTracksOnBase && m_frameArrived)
         m_roadLayer.expose(m_tracks.screenTracks());
     m_frameArrived = false;
-    p.drawPixmap(0, 0, m_sceneLayer.picture(m_roadLayer.picture(), m_tracks));
+    p.drawImage(0, 0, m_sceneLayer.picture(m_roadLayer.picture(), m_tracks));
     if (m_drawObjectsNow)
         m_objectsLayer.paint(p, m_geometry, m_order, m_objects);
     doDrawRadar(p);

@@ -1,5 +1,7 @@
 #include "schemelabelplacer.h"
 
+#include <utility>
+
 namespace {
 
 // Pixels between a label and its object, and between two rings of places around it.
@@ -28,6 +30,23 @@ QRect placeAround(const QRect& glyph, const QSize& size, int distance, int k)
     case 6: return QRect(left, above, w, h);
     default: return QRect(left, below, w, h);
     }
+}
+
+// QRect::intersects, inline: the placer asks it thousands of times a frame.
+inline bool overlaps(const QRect& a, const QRect& b)
+{
+    if (a.isNull() || b.isNull())
+        return false;
+    const auto span = [](int from, int to) {
+        return from <= to + 1 ? std::make_pair(from, to) : std::make_pair(to, from);
+    };
+    const auto [l1, r1] = span(a.left(), a.right());
+    const auto [l2, r2] = span(b.left(), b.right());
+    if (l1 > r2 || l2 > r1)
+        return false;
+    const auto [t1, b1] = span(a.top(), a.bottom());
+    const auto [t2, b2] = span(b.top(), b.bottom());
+    return t1 <= b2 && t2 <= b1;
 }
 
 } // namespace
@@ -94,7 +113,7 @@ bool SchemeLabelPlacer::isFree(const QRect& box) const
     if (!m_view.contains(box))
         return false;
     for (const QRect& other : m_labels) {
-        if (other.intersects(box))
+        if (overlaps(other, box))
             return false;
     }
     return true;
@@ -103,7 +122,7 @@ bool SchemeLabelPlacer::isFree(const QRect& box) const
 bool SchemeLabelPlacer::coversNoGlyph(const QRect& box) const
 {
     for (const QRect& glyph : m_glyphs) {
-        if (glyph.intersects(box))
+        if (overlaps(glyph, box))
             return false;
     }
     return true;

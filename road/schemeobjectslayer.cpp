@@ -11,6 +11,7 @@ namespace {
 
 constexpr int LabelPadding = 2; // pixels either side of a side label's text
 constexpr int LabelClearance = 3; // between the object's reach and its label's usual place
+constexpr int MaxCachedLabels = 4096; // laid-out label texts kept; a full cache starts afresh
 
 } // namespace
 
@@ -22,10 +23,12 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
     if (painter.font() != m_measuredFont) {
         m_measuredFont = painter.font();
         m_advances.clear();
+        m_texts.clear();
     }
     m_placer.reset(QRect(QPoint(0, 0), g.size()));
     m_sideLabels.clear();
     m_placements.clear();
+    const QString speedFormat = tr("%1 km/h");
 
     for (quint8 id : order) {
         const auto it = objects.constFind(id);
@@ -64,7 +67,7 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         side.id = o.id;
         side.anchor = at;
         side.text = QStringLiteral("[%1] ").arg(o.id)
-                    + tr("%1 km/h").arg(RoadObject::kmh(o.xSpeed), 0, 'f', 1);
+                    + speedFormat.arg(RoadObject::kmh(o.xSpeed), 0, 'f', 1);
         const QString shortText = QStringLiteral("[%1]").arg(o.id);
         side.request.anchor = at;
         side.request.glyph = glyph;
@@ -93,10 +96,26 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         }
         painter.fillRect(placement.box, fill);
         painter.setPen(ObjectColor::text(colorId));
-        painter.drawText(placement.box.left() + LabelPadding,
-                         placement.box.top() + metrics.ascent(),
-                         placement.shortened ? QStringLiteral("[%1]").arg(side.id) : side.text);
+        // Laid out once per text: the labels' texts repeat from frame to frame.
+        painter.drawStaticText(
+            placement.box.left() + LabelPadding, placement.box.top(),
+            staticText(placement.shortened ? QStringLiteral("[%1]").arg(side.id) : side.text,
+                       painter.font()));
     }
+}
+
+const QStaticText& SchemeObjectsLayer::staticText(const QString& text, const QFont& font)
+{
+    auto it = m_texts.find(text);
+    if (it == m_texts.end()) {
+        if (m_texts.size() >= MaxCachedLabels)
+            m_texts.clear();
+        QStaticText laidOut(text);
+        laidOut.setTextFormat(Qt::PlainText);
+        laidOut.prepare(QTransform(), font);
+        it = m_texts.insert(text, laidOut);
+    }
+    return *it;
 }
 
 int SchemeObjectsLayer::textWidth(const QString& text, const QFontMetrics& metrics)

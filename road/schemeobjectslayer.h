@@ -7,6 +7,7 @@
 #include <QFont>
 #include <QHash>
 #include <QMap>
+#include <QStaticText>
 #include <QVector>
 
 class QFontMetrics;
@@ -44,10 +45,12 @@ private:
     // Label widths from the advance of each character: a label's text changes with
     // every frame, its few characters do not.
     int textWidth(const QString& text, const QFontMetrics& metrics);
+    const QStaticText& staticText(const QString& text, const QFont& font);
 
     SchemeLabelPlacer m_placer;
     QFont m_measuredFont;
     QHash<QChar, int> m_advances;
+    QHash<QString, QStaticText> m_texts;
     QVector<SideLabel> m_sideLabels;
     QVector<SchemeLabelPlacer::Placement> m_placements;
     bool m_paintObjects = false;

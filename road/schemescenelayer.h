@@ -1,16 +1,22 @@
 #pragma once
 
+#include "schemetracks.h"
+#include "trackrasterizer.h"
+
+#include <QImage>
 #include <QLine>
 #include <QMap>
 #include <QPixmap>
 #include <QPolygon>
-
-class SchemeTracks;
+#include <QRect>
+#include <QVector>
 
 // The traffic scheme's picture under the moving objects: the road picture with the
-// camera's sight, the lanes' average tracks and the current tracks on it. Tracks grow
-// by a point a frame; only the new pieces are added, and the whole scene is drawn anew
-// only when something else in it changed.
+// camera's sight and the lanes' average tracks on it (the base, drawn when one of them
+// changes), and the current tracks over that. Tracks grow by a point a frame; only the
+// new pieces are added, what a frame took away (an ended track, a shortened one, a
+// mark a point lost) is drawn anew from the base in its box, and the tracks are drawn
+// whole only when the base or their scale changed.
 class SchemeSceneLayer
 {
 public:
@@ -32,23 +38,35 @@ public:
     void setShowAverageTracks(bool show);
     void setDrawTracksLive(bool live);
     void setPaintObjects(bool paint);
+    // What a frame took away from the drawn tracks; drawn anew by the next picture().
+    void takeChanges(const SchemeTracks::Changes& changes);
 
     // The scene over the given road picture, brought up to date.
-    const QPixmap& picture(const QPixmap& road, const SchemeTracks& tracks);
+    const QImage& picture(const QPixmap& road, const SchemeTracks& tracks);
 
 private:
-    void doDraw(const QPixmap& road, const SchemeTracks& tracks);
+    void doDrawBase(const QPixmap& road, const SchemeTracks& tracks);
+    void doDrawTracks(const SchemeTracks& tracks);
+    void doRepair(const SchemeTracks& tracks);
     void doDrawNewTrackPoints(const SchemeTracks& tracks);
-    void doDrawTrack(QPainter& painter, quint8 id, const QPolygon& track, int from) const;
+    QRgb trackColor(quint8 id) const;
 
     Sight m_sight;
     bool m_showAverageTracks = true;
     bool m_drawTracksLive = false;
     bool m_paintObjects = false;
 
-    QPixmap m_picture;
-    bool m_stale = true;
-    qint64 m_roadKey = 0; // the road picture the scene was drawn on
-    quint64 m_tracksReshaped = 0; // and the tracks' shape then
-    QMap<quint8, int> m_drawnTrackPoints; // points of each track already in the scene
+    // The road, the sight and the average tracks, and what they were drawn from.
+    QImage m_base;
+    bool m_baseStale = true;
+    qint64 m_roadKey = 0;
+    quint64 m_averageVersion = 0;
+
+    // The base with the current tracks.
+    QImage m_picture;
+    bool m_tracksStale = true;
+    quint64 m_tracksReshaped = 0; // the tracks' shape when drawn whole
+    QVector<QRect> m_damage; // boxes to draw anew from the base
+    QMap<quint8, int> m_drawnTrackPoints; // points of each track already in the picture
+    TrackRasterizer m_rasterizer;
 };

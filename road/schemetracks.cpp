@@ -1,24 +1,47 @@
 #include "schemetracks.h"
 
 #include "schemegeometry.h"
+#include "trackrasterizer.h"
 
 #include <bitset>
 
-void SchemeTracks::update(const QVector<quint8>& order, const QMap<quint8, RoadObject>& objects,
-                          const QDateTime& frameTime, const SchemeGeometry& geometry)
+namespace {
+
+// Whether a point other than the track's last one lies where `point` does. Recent
+// points are the likely ones: the search runs backwards.
+bool hasEarlier(const QPolygon& screen, const QPoint& point)
 {
+    for (int i = screen.size() - 2; i >= 0; --i) {
+        if (screen.at(i) == point)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+SchemeTracks::Changes SchemeTracks::update(const QVector<quint8>& order,
+                                           const QMap<quint8, RoadObject>& objects,
+                                           const QDateTime& frameTime,
+                                           const SchemeGeometry& geometry)
+{
+    Changes changes;
     // A track ends as soon as its object misses one frame.
     std::bitset<256> inFrame;
     for (quint8 id : order)
         inFrame.set(id);
     for (auto it = m_tracks.begin(); it != m_tracks.end();) {
-        if (!inFrame.test(it.key())) {
-            m_screenTracks.remove(it.key());
-            it = m_tracks.erase(it);
-            ++m_reshaped;
-        } else {
+        if (inFrame.test(it.key())) {
             ++it;
+            continue;
         }
+        const auto screen = m_screenTracks.find(it.key());
+        if (screen != m_screenTracks.end()) {
+            changes.damage.append(TrackRasterizer::reach(screen->constData(), screen->size()));
+            m_screenTracks.erase(screen);
+        }
+        changes.ended.append(it.key());
+        it = m_tracks.erase(it);
     }
 
     for (const RoadObject& o : objects) {
@@ -26,33 +49,43 @@ void SchemeTracks::update(const QVector<quint8>& order, const QMap<quint8, RoadO
         if (o.lastDetected != frameTime)
             continue;
         QPolygonF& track = m_tracks[o.id];
-        track.append(QPointF(o.xRange, o.yRange));
         QPolygon& screen = m_screenTracks[o.id];
-        if (track.size() > MaxTrackPoints + TrackTrimPoints) {
-            // Shortened in steps, so that a long track is drawn anew only now and then.
-            track.remove(0, TrackTrimPoints);
-            screen.clear();
-            ++m_reshaped;
-        }
-        if (!geometry.isValid())
-            continue;
-        if (screen.size() == track.size() - 1) {
-            const QPoint point = geometry.xyToScreen(o.xRange, o.yRange);
-            // Points equal to a track's last point carry no mark: one that went back to
-            // an earlier point takes its mark away again.
-            if (screen.contains(point))
+        const bool inStep = screen.size() == track.size();
+        track.append(QPointF(o.xRange, o.yRange));
+        if (geometry.isValid()) {
+            if (inStep) {
+                const QPoint point = geometry.xyToScreen(o.xRange, o.yRange);
+                // Points equal to a track's last point carry no mark: one that went
+                // back to an earlier point takes that point's mark away.
+                if (!screen.isEmpty() && point != screen.last() && hasEarlier(screen, point))
+                    changes.damage.append(TrackRasterizer::reach(point));
+                screen.append(point);
+            } else {
+                screen = geometry.toScreen(track);
                 ++m_reshaped;
-            screen.append(point);
-        } else {
-            screen = geometry.toScreen(track);
-            ++m_reshaped;
+            }
+        }
+        if (track.size() > MaxTrackPoints + TrackTrimPoints) {
+            // Shortened in steps; the piece up to the new first point goes.
+            track.remove(0, TrackTrimPoints);
+            if (screen.size() == track.size() + TrackTrimPoints) {
+                changes.damage.append(
+                    TrackRasterizer::reach(screen.constData(), TrackTrimPoints + 1));
+                changes.trimmed.append(qMakePair(o.id, int(TrackTrimPoints)));
+                screen.remove(0, TrackTrimPoints);
+            } else {
+                screen = geometry.isValid() ? geometry.toScreen(track) : QPolygon();
+                ++m_reshaped;
+            }
         }
     }
+    return changes;
 }
 
 void SchemeTracks::refit(const SchemeGeometry& geometry)
 {
     ++m_reshaped;
+    ++m_averageVersion;
     m_screenTracks.clear();
     m_averageScreenTracks.clear();
     if (!geometry.isValid())
@@ -75,7 +108,7 @@ void SchemeTracks::setAverageTracks(const QMap<int, QPolygonF>& tracks,
 {
     m_averageTracks = tracks;
     m_averageScreenTracks.clear();
-    ++m_reshaped;
+    ++m_averageVersion;
     if (!geometry.isValid())
         return;
     for (const QPolygonF& track : tracks)

@@ -7,6 +7,7 @@
 #include <QMap>
 #include <QPolygon>
 #include <QPolygonF>
+#include <QRect>
 #include <QVector>
 
 class SchemeGeometry;
@@ -22,10 +23,19 @@ public:
     static constexpr int MaxTrackPoints = 3000; // five minutes at ten cycles a second
     static constexpr int TrackTrimPoints = 100; // dropped at once from a long track
 
-    // One frame in display order. Tracks only grow at their ends unless `reshaped()`
-    // changed: drawing may then add just the new pieces.
-    void update(const QVector<quint8>& order, const QMap<quint8, RoadObject>& objects,
-                const QDateTime& frameTime, const SchemeGeometry& geometry);
+    // What a frame took away from the tracks as drawn, in pixels. Everything else a
+    // frame does is growth at the tracks' ends.
+    struct Changes
+    {
+        QVector<QRect> damage; // where drawn pieces are gone or lost their marks
+        QVector<quint8> ended; // tracks whose object missed the frame
+        QVector<QPair<quint8, int>> trimmed; // tracks that lost this many oldest points
+    };
+
+    // One frame in display order. Unless `reshaped()` changed, drawing may add just the
+    // new pieces and draw anew what the returned changes name.
+    Changes update(const QVector<quint8>& order, const QMap<quint8, RoadObject>& objects,
+                   const QDateTime& frameTime, const SchemeGeometry& geometry);
     // Projects every track with a new scale.
     void refit(const SchemeGeometry& geometry);
     // Forgets every current track (the radar went offline).
@@ -36,10 +46,11 @@ public:
     const QMap<quint8, QPolygonF>& tracks() const { return m_tracks; }
     const QMap<quint8, QPolygon>& screenTracks() const { return m_screenTracks; }
     const QList<QPolygon>& averageScreenTracks() const { return m_averageScreenTracks; }
-    // Counts changes other than a track growing at its end: a track ended or was
-    // shortened, a point came back onto an earlier one, the scale or the average
-    // tracks changed.
+    // Counts changes of the current tracks in pixels that `update` does not describe:
+    // a new scale, the tracks forgotten, a track projected anew.
     quint64 reshaped() const { return m_reshaped; }
+    // Counts changes of the average tracks in pixels.
+    quint64 averageVersion() const { return m_averageVersion; }
 
 private:
     QMap<quint8, QPolygonF> m_tracks;
@@ -47,4 +58,5 @@ private:
     QMap<int, QPolygonF> m_averageTracks;
     QList<QPolygon> m_averageScreenTracks;
     quint64 m_reshaped = 0;
+    quint64 m_averageVersion = 0;
 };

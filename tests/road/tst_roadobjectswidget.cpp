@@ -5,7 +5,8 @@
 #include <QtTest>
 
 // The traffic scheme as a widget: the values written along the road and on the Y
-// scale, tracks across rescales and frames, side labels in traffic, long exposure.
+// scale, tracks across rescales and frames, the picture a frame at a time, side labels
+// in traffic, long exposure.
 class tst_RoadObjectsWidget : public QObject
 {
     Q_OBJECT
@@ -15,6 +16,8 @@ private slots:
     void textsAreRegularAndInsideTheView();
     void tracksSurviveARescale_data();
     void tracksSurviveARescale();
+    void frameByFrameEqualsWholeDraw_data();
+    void frameByFrameEqualsWholeDraw();
     void sideLabelsInTrafficDoNotOverlap();
     void longExposureStartsClean();
 
@@ -198,6 +201,59 @@ void tst_RoadObjectsWidget::sideLabelsInTrafficDoNotOverlap()
                      qPrintable(QString("%1 %2").arg(i).arg(j)));
     }
     QVERIFY(moved > 0);
+}
+
+void tst_RoadObjectsWidget::frameByFrameEqualsWholeDraw_data()
+{
+    QTest::addColumn<int>("frames");
+    QTest::addColumn<double>("step"); // metres a frame
+    QTest::addColumn<bool>("circling"); // round five places 6 m apart, again and again
+    QTest::addColumn<int>("endsAt"); // the frame from which the second vehicle is gone
+
+    QTest::newRow("tracks growing") << 60 << 0.7 << false << -1;
+    QTest::newRow("a track ends") << 60 << 0.7 << false << 40;
+    QTest::newRow("points back on earlier ones lose their marks") << 79 << 0.0 << true << -1;
+    QTest::newRow("long tracks shortened")
+        << SchemeTracks::MaxTrackPoints + 2 * SchemeTracks::TrackTrimPoints + 5 << 0.02 << false
+        << -1;
+}
+
+void tst_RoadObjectsWidget::frameByFrameEqualsWholeDraw()
+{
+    // Painted after every frame, only the frame's new pieces are drawn and what it
+    // took away is drawn anew: the picture must be the one drawn whole at once.
+    QFETCH(int, frames);
+    QFETCH(double, step);
+    QFETCH(bool, circling);
+    QFETCH(int, endsAt);
+    RoadObjectsWidget scheme;
+    scheme.setShowCurrentTracks(true);
+    scheme.setPaintObjects(true);
+    setDemoRoad(scheme, QSize(420, 160));
+    const QDateTime t0(QDate(2026, 11, 21), QTime(12, 0), Qt::UTC);
+    for (int f = 0; f < frames; ++f) {
+        QList<QPair<quint8, QPointF>> objects;
+        for (quint8 id = 1; id <= 3; ++id) {
+            if (id == 2 && endsAt >= 0 && f >= endsAt)
+                continue;
+            // One vehicle per lane: the tracks never cross.
+            const double x = 20.0 * id + step * f + (circling ? 6.0 * (f % 5) : 0.0);
+            const double y = -5.25 + 3.5 * (id - 1);
+            objects.append({id, QPointF(x, y)});
+        }
+        frame(scheme, t0.addMSecs(100 * f), objects);
+        scheme.repaint();
+    }
+    const QImage frameByFrame = scheme.grab().toImage();
+    scheme.setKeepAspectRatio(true); // the same scale: everything is drawn anew
+    const QImage whole = scheme.grab().toImage();
+    QCOMPARE(frameByFrame.size(), whole.size());
+    int differing = 0;
+    for (int y = 0; y < whole.height(); ++y) {
+        for (int x = 0; x < whole.width(); ++x)
+            differing += frameByFrame.pixel(x, y) != whole.pixel(x, y) ? 1 : 0;
+    }
+    QCOMPARE(differing, 0);
 }
 
 void tst_RoadObjectsWidget::longExposureStartsClean()
