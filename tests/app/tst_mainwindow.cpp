@@ -1,6 +1,7 @@
 #include "collapsiblegroupbox.h"
 #include "loopbackserver.h"
 #include "mainwindow.h"
+#include "mainwindowfixture.h"
 #include "orvexcontrol.h"
 #include "orvexserialdunvelprotocolclient.h"
 #include "orvexserialpakorprotocolclient.h"
@@ -15,7 +16,6 @@
 #include <QJsonDocument>
 #include <QMenu>
 #include <QPointer>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>
@@ -45,86 +45,43 @@ private slots:
 private:
     // The window on the default profile, pointed at the loopback server; shown unless
     // the size is empty.
-    bool openWindow(const QSize& size = QSize(1200, 800));
+    bool openWindow(const QSize& size = QSize(1200, 800))
+    {
+        return m_fx->open(m_server->url(), {}, size);
+    }
     bool openConnectedWindow();
-    // A value of the current profile by its slash-separated path.
-    QJsonValue profileValue(const QString& path) const;
+    QJsonValue profileValue(const QString& path) const { return m_fx->profileValue(path); }
     bool waitForLayout();
-    QAction* menuAction(const QString& text) const;
+    QAction* menuAction(const QString& text) const { return m_fx->menuAction(text); }
     QAction* controlAction(int control) const;
-    QWidget* child(const QString& name) const { return m_window->findChild<QWidget*>(name); }
+    QWidget* child(const QString& name) const { return m_fx->window->findChild<QWidget*>(name); }
 
-    std::unique_ptr<QTemporaryDir> m_dir;
-    QString m_previousDir;
+    std::unique_ptr<MainWindowFixture> m_fx;
     std::unique_ptr<LoopbackServer> m_server;
-    std::unique_ptr<MainWindow> m_window;
 };
 
 void tst_MainWindow::init()
 {
-    m_dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_dir->isValid());
-    m_previousDir = QDir::currentPath();
-    QDir::setCurrent(m_dir->path());
+    m_fx = std::make_unique<MainWindowFixture>();
     m_server = std::make_unique<LoopbackServer>();
 }
 
 void tst_MainWindow::cleanup()
 {
-    m_window.reset();
+    m_fx.reset();
     m_server.reset();
-    QDir::setCurrent(m_previousDir);
-    m_dir.reset();
-}
-
-bool tst_MainWindow::openWindow(const QSize& size)
-{
-    QJsonObject profile = WorkProfileHandler::defaultProfile();
-    QJsonObject connection = profile.value("connection").toObject();
-    connection.insert("radar_server_url", m_server->url().toString());
-    profile.insert("connection", connection);
-    QFile file(WorkProfileHandler::SettingsFilePath);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write(
-        QJsonDocument(QJsonObject{{"profiles", QJsonArray{profile}}, {"current_id", 0}}).toJson());
-    file.close();
-    m_window = std::make_unique<MainWindow>();
-    if (size.isEmpty())
-        return true;
-    m_window->resize(size);
-    m_window->show();
-    return QTest::qWaitForWindowExposed(m_window.get());
 }
 
 bool tst_MainWindow::openConnectedWindow()
 {
     return openWindow() && m_server->waitForClient()
-           && QTest::qWaitFor([this] { return m_window->radarClient()->isConnected(); });
-}
-
-QJsonValue tst_MainWindow::profileValue(const QString& path) const
-{
-    WorkProfileHandler* handler = m_window->profileHandler();
-    QJsonValue value = handler->profile(handler->currentProfileId());
-    for (const QString& key : path.split('/'))
-        value = value.toObject().value(key);
-    return value;
+           && QTest::qWaitFor([this] { return m_fx->window->radarClient()->isConnected(); });
 }
 
 bool tst_MainWindow::waitForLayout()
 {
     // A change is laid out in two 1 ms steps; a later change may schedule more.
-    return QTest::qWaitFor([this] { return !m_window->isLayoutPending(); });
-}
-
-QAction* tst_MainWindow::menuAction(const QString& text) const
-{
-    for (QAction* action : m_window->findChildren<QAction*>()) {
-        if (action->text() == text)
-            return action;
-    }
-    return nullptr;
+    return QTest::qWaitFor([this] { return !m_fx->window->isLayoutPending(); });
 }
 
 QAction* tst_MainWindow::controlAction(int control) const
@@ -147,10 +104,8 @@ void tst_MainWindow::layout_data()
 
     // A tall window has room for the boxes of column 2 under those of column 1.
     const QList<int> none;
-    QTest::newRow("vertical, tall window: one column")
-        << true << false << none << 1700 << 1 << "1";
-    QTest::newRow("vertical, table shown: two columns")
-        << true << true << none << 800 << 2 << "12";
+    QTest::newRow("vertical, tall window: one column") << true << false << none << 1700 << 1 << "1";
+    QTest::newRow("vertical, table shown: two columns") << true << true << none << 800 << 2 << "12";
     QTest::newRow("horizontal: three columns") << false << false << none << 800 << 3 << "123";
     QTest::newRow("horizontal, table shown: two columns")
         << false << true << none << 800 << 2 << "12";
@@ -175,7 +130,7 @@ void tst_MainWindow::layout()
     QFETCH(QString, shown);
 
     QVERIFY(openWindow(QSize(1200, height)));
-    m_window->profileHandler()->setDrawVertical(vertical);
+    m_fx->window->profileHandler()->setDrawVertical(vertical);
     if (table)
         controlAction(ObjectsTableControl)->trigger();
     for (int control : hidden)
@@ -183,7 +138,7 @@ void tst_MainWindow::layout()
     QVERIFY(waitForLayout());
     for (int control : hidden)
         QCOMPARE(profileValue(QString("view/controls/%1/visible").arg(control)).toBool(), false);
-    QCOMPARE(m_window->columnCount(), columns);
+    QCOMPARE(m_fx->window->columnCount(), columns);
     QString columnsShown;
     for (const char* column : {"1", "2", "3"})
         columnsShown += child(QString("column%1Widget").arg(column))->isVisible() ? column : "";
@@ -200,7 +155,7 @@ void tst_MainWindow::layout()
     // horizontally the scheme lies across the top and the table left of the controls.
     auto at = [this](const char* name) {
         QWidget* w = child(name);
-        return QRect(w->mapTo(m_window.get(), QPoint(0, 0)), w->size());
+        return QRect(w->mapTo(m_fx->window.get(), QPoint(0, 0)), w->size());
     };
     const QRect area = at("objectsMetaWidget");
     const QRect controls = at("controlsWidget");
@@ -214,14 +169,14 @@ void tst_MainWindow::collapseRoundTripsThroughTheProfile()
 {
     QVERIFY(openWindow());
     QVERIFY(waitForLayout());
-    auto* box = m_window->findChild<CollapsibleGroupBox*>("sendCommandsBox");
+    auto* box = m_fx->window->findChild<CollapsibleGroupBox*>("sendCommandsBox");
     QVERIFY(!box->isCollapsed());
     // A click on the title asks the profile, which collapses the box.
     QTest::mouseClick(box, Qt::LeftButton, {}, box->titleArea().center());
     QVERIFY(box->isCollapsed());
     QCOMPARE(profileValue("view/controls/4/collapsed").toBool(), true);
     // Another profile expands it, switching back collapses it again.
-    WorkProfileHandler* handler = m_window->profileHandler();
+    WorkProfileHandler* handler = m_fx->window->profileHandler();
     handler->applyProfile(handler->appendProfile(-1));
     QVERIFY(!box->isCollapsed());
     handler->applyProfile(0);
@@ -231,7 +186,7 @@ void tst_MainWindow::collapseRoundTripsThroughTheProfile()
 void tst_MainWindow::profileApplicationLaysOutOnce()
 {
     QVERIFY(openWindow());
-    WorkProfileHandler* handler = m_window->profileHandler();
+    WorkProfileHandler* handler = m_fx->window->profileHandler();
     const int second = handler->appendProfile(-1);
     handler->setDrawVertical(false); // the second profile differs from the first
     QVERIFY(waitForLayout());
@@ -245,7 +200,7 @@ void tst_MainWindow::profileApplicationLaysOutOnce()
             [&] { shownWhileApplying = area->isVisible(); });
     handler->applyProfile(second);
     QVERIFY(shownWhileApplying);
-    QVERIFY(!area->isVisible() && m_window->isLayoutPending());
+    QVERIFY(!area->isVisible() && m_fx->window->isLayoutPending());
     QVERIFY(waitForLayout());
     QVERIFY(area->isVisible());
 }
@@ -253,13 +208,13 @@ void tst_MainWindow::profileApplicationLaysOutOnce()
 void tst_MainWindow::clientFollowsTheProfile()
 {
     QVERIFY(openWindow(QSize()));
-    QCOMPARE(m_window->windowTitle(), QString("Dunvel Orvex Road App — Default profile"));
+    QCOMPARE(m_fx->window->windowTitle(), QString("Dunvel Orvex Road App — Default profile"));
     QVERIFY(menuAction("&Paint objects in different colors")->isChecked());
     // The scheme and the imitator's speed were forced visible into the profile.
     QVERIFY(profileValue("view/controls/1/visible").toBool());
     QVERIFY(profileValue("view/controls/3/visible").toBool());
     // SerD with forcing on: the server hears the protocol as the client connects.
-    QPointer<IOrvexClient> old = m_window->radarClient();
+    QPointer<IOrvexClient> old = m_fx->window->radarClient();
     QVERIFY(qobject_cast<OrvexSerialDunvelProtocolClient*>(old));
     QVERIFY(menuAction("&0. Serial, type D (SerD)")->isChecked());
     QVERIFY(m_server->waitForClient());
@@ -272,7 +227,7 @@ void tst_MainWindow::clientFollowsTheProfile()
     QSignalSpy texts(m_server.get(), &LoopbackServer::textReceived);
     const int connections = m_server->connectionCount;
     menuAction("&1. Serial, type P (SerP)")->trigger();
-    IOrvexClient* replacement = m_window->radarClient();
+    IOrvexClient* replacement = m_fx->window->radarClient();
     QVERIFY(qobject_cast<OrvexSerialPakorProtocolClient*>(replacement));
     QVERIFY(old);
     QTRY_VERIFY(old.isNull());
@@ -309,7 +264,7 @@ void tst_MainWindow::emptyServerAddressIsStored()
     answer(QString(), true);
     QCOMPARE(profileValue("connection/radar_server_url").toString(), QString());
     // The old link is gone and no new one can be made.
-    QVERIFY(!m_window->radarClient()->isConnected());
+    QVERIFY(!m_fx->window->radarClient()->isConnected());
     QTRY_COMPARE(m_server->client(), nullptr);
     // Cancelling changes nothing.
     answer("ws://somewhere/", false);
@@ -338,7 +293,7 @@ void tst_MainWindow::requestedResults()
     QFETCH(bool, radarStops);
     QFETCH(int, boxes);
     QVERIFY(openConnectedWindow());
-    IOrvexClient* client = m_window->radarClient();
+    IOrvexClient* client = m_fx->window->radarClient();
     QSignalSpy info(client, &IOrvexClient::hardwareInfo);
     QSignalSpy states(client, &IOrvexClient::radarStateChanged);
     QuestionAnswerer answerer(QMessageBox::Ok);
@@ -354,7 +309,7 @@ void tst_MainWindow::requestedResults()
     QCOMPARE(answerer.count, 0);
     QCOMPARE(states.count(), 1);
     if (request)
-        m_window->onWindowedCommandRequested(IOrvexClient::CmdGetHardwareInfo);
+        m_fx->window->onWindowedCommandRequested(IOrvexClient::CmdGetHardwareInfo);
     if (radarStops) // two seconds without a message
         QVERIFY(states.wait(IOrvexClient::RadarOfflineTimeoutMs + 1000));
     answers(2);
@@ -366,8 +321,8 @@ void tst_MainWindow::requestedResults()
 void tst_MainWindow::imitatorModeSwapsTheSchemeForItsSpeed()
 {
     QVERIFY(openConnectedWindow());
-    auto* imitatorBox = m_window->findChild<QGroupBox*>("imitatorObjectBox");
-    QSignalSpy modes(m_window->radarClient(), &IOrvexClient::imitatorModeChanged);
+    auto* imitatorBox = m_fx->window->findChild<QGroupBox*>("imitatorObjectBox");
+    QSignalSpy modes(m_fx->window->radarClient(), &IOrvexClient::imitatorModeChanged);
     // The radar answers a read of its imitator mode (group 151, parameter 0).
     auto imitatorMode = [this, &modes](quint32 mode) {
         m_server->sendBinary(TestRecords::frame(0x500, 0x2B1B)
@@ -388,15 +343,12 @@ void tst_MainWindow::imitatorModeSwapsTheSchemeForItsSpeed()
 void tst_MainWindow::closingSavesTheProfiles()
 {
     QVERIFY(openWindow());
-    m_window->profileHandler()->renameProfile(0, "Night shift");
-    QPointer<IOrvexClient> client = m_window->radarClient();
-    QVERIFY(m_window->close());
-    QVERIFY(!m_window->radarClient());
+    m_fx->window->profileHandler()->renameProfile(0, "Night shift");
+    QPointer<IOrvexClient> client = m_fx->window->radarClient();
+    QVERIFY(m_fx->window->close());
+    QVERIFY(!m_fx->window->radarClient());
     QTRY_VERIFY(client.isNull());
-    QFile file(WorkProfileHandler::SettingsFilePath);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QJsonObject saved = QJsonDocument::fromJson(file.readAll()).object();
-    QCOMPARE(saved["profiles"][0]["name"].toString(), QString("Night shift"));
+    QCOMPARE(m_fx->savedValue("name").toString(), QString("Night shift"));
 }
 
 void tst_MainWindow::keepsTheOperatorsSize()
@@ -405,18 +357,18 @@ void tst_MainWindow::keepsTheOperatorsSize()
     // report short.
     QVERIFY(openConnectedWindow());
     QVERIFY(waitForLayout());
-    const QSize size = m_window->size();
+    const QSize size = m_fx->window->size();
     const QString port = "/dev/serial/by-id/usb-" + QString(300, 'x');
     m_server->sendText(QJsonDocument(QJsonObject{{"command", IOrvexClient::ServerStateReport},
                                                  {"result", 0},
                                                  {"server_state", 5},
                                                  {"port_name", port}})
                            .toJson());
-    auto* state = m_window->findChild<ServerStateWidget*>();
+    auto* state = m_fx->window->findChild<ServerStateWidget*>();
     QTRY_VERIFY(state->isVisible() && state->text().contains(port));
     QVERIFY(state->width() < state->fontMetrics().horizontalAdvance(state->text()));
-    QVERIFY(m_window->minimumSizeHint().width() <= size.width());
-    QCOMPARE(m_window->size(), size);
+    QVERIFY(m_fx->window->minimumSizeHint().width() <= size.width());
+    QCOMPARE(m_fx->window->size(), size);
 }
 
 QTEST_MAIN(tst_MainWindow)

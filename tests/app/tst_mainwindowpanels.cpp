@@ -1,6 +1,7 @@
 #include "cmdhandler.h"
 #include "cmdstatelabel.h"
 #include "mainwindow.h"
+#include "mainwindowfixture.h"
 #include "orvexserialpakorprotocolclient.h"
 #include "parhandler.h"
 #include "parstatelabel.h"
@@ -8,17 +9,12 @@
 #include "radartuningwidget.h"
 #include "sendcommandswidget.h"
 #include "simulatorprocess.h"
-#include "workprofilehandler.h"
 
 #include <QElapsedTimer>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QMenu>
-#include <QMenuBar>
 #include <QPointer>
 #include <QPushButton>
 #include <QSpinBox>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>
@@ -38,7 +34,6 @@ private slots:
     void init();
     void cleanup();
 
-    void requestedResultsOpenTheirBoxes_data();
     void requestedResultsOpenTheirBoxes();
     void busyRadarStillAnswers();
     void tuningReadsBackAndOutlivesARestart();
@@ -49,87 +44,64 @@ private:
     // The window on the default profile, pointed at a simulator started with the
     // arguments; true once the radar works and the service commands may be used.
     bool openWindow(const QStringList& simArguments, bool autoGetData = true);
-    QPushButton* button(const char* name) const { return m_window->findChild<QPushButton*>(name); }
-    QSpinBox* spin(const char* name) const { return m_window->findChild<QSpinBox*>(name); }
+    QPushButton* button(const char* name) const
+    {
+        return m_fx->window->findChild<QPushButton*>(name);
+    }
+    QSpinBox* spin(const char* name) const { return m_fx->window->findChild<QSpinBox*>(name); }
     // The label beside a button of the service or save/restart commands.
     CmdStateLabel* stateLabel(QString buttonName) const
     {
         const QString place = buttonName.replace("Button", "StateWidget");
-        return m_window->findChild<QWidget*>(place)->findChild<CmdStateLabel*>();
+        return m_fx->window->findChild<QWidget*>(place)->findChild<CmdStateLabel*>();
     }
-    L* frequencyLabel() const { return m_window->findChild<L*>("frequencyIdResultLabel"); }
-    L* sensitivityLabel() const { return m_window->findChild<L*>("sensitivityResultLabel"); }
-    RadarTuningWidget* tuning() const { return m_window->findChild<RadarTuningWidget*>(); }
-    SendCommandsWidget* commands() const { return m_window->findChild<SendCommandsWidget*>(); }
-    QAction* menuAction(const QString& text) const;
+    L* frequencyLabel() const { return m_fx->window->findChild<L*>("frequencyIdResultLabel"); }
+    L* sensitivityLabel() const { return m_fx->window->findChild<L*>("sensitivityResultLabel"); }
+    RadarTuningWidget* tuning() const { return m_fx->window->findChild<RadarTuningWidget*>(); }
+    SendCommandsWidget* commands() const { return m_fx->window->findChild<SendCommandsWidget*>(); }
+    QAction* menuAction(const QString& text) const { return m_fx->menuAction(text); }
     bool waitForRadarState(int state, int timeoutMs = 8000);
     // Clicks once the tuning panel takes input; true when both labels reached the state.
     bool tuningClick(const char* buttonName, int endState, int timeoutMs = 5000);
 
-    std::unique_ptr<QTemporaryDir> m_dir;
-    QString m_previousDir;
     std::unique_ptr<SimulatorProcess> m_sim;
-    std::unique_ptr<MainWindow> m_window;
+    std::unique_ptr<MainWindowFixture> m_fx;
     std::unique_ptr<QSignalSpy> m_commandSteps; // of the first client
 };
 
 void tst_MainWindowPanels::init()
 {
-    m_dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_dir->isValid());
-    m_previousDir = QDir::currentPath();
-    QDir::setCurrent(m_dir->path());
+    m_fx = std::make_unique<MainWindowFixture>();
 }
 
 void tst_MainWindowPanels::cleanup()
 {
     m_commandSteps.reset();
-    m_window.reset();
+    m_fx.reset();
     m_sim.reset();
-    QDir::setCurrent(m_previousDir);
-    m_dir.reset();
 }
 
 bool tst_MainWindowPanels::openWindow(const QStringList& simArguments, bool autoGetData)
 {
     m_sim = std::make_unique<SimulatorProcess>(QStringList{"--quiet"} + simArguments);
-    if (!m_sim->start())
+    if (!m_sim->start()
+        || !m_fx->open(m_sim->url(), {{"data", QJsonObject{{"auto_get_data", autoGetData}}}},
+                       QSize()))
         return false;
-    QJsonObject profile = WorkProfileHandler::defaultProfile();
-    QJsonObject connection = profile.value("connection").toObject();
-    connection.insert("radar_server_url", m_sim->url().toString());
-    profile.insert("connection", connection);
-    profile.insert("data", QJsonObject{{"auto_get_data", autoGetData}});
-    QFile file(WorkProfileHandler::SettingsFilePath);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write(
-        QJsonDocument(QJsonObject{{"profiles", QJsonArray{profile}}, {"current_id", 0}}).toJson());
-    file.close();
-    m_window = std::make_unique<MainWindow>();
     // The radar works, and the start-up commands are queued, only once events flow.
     m_commandSteps
-        = std::make_unique<QSignalSpy>(m_window->radarClient(), &C::radarCommandStateChanged);
-    m_window->show();
+        = std::make_unique<QSignalSpy>(m_fx->window->radarClient(), &C::radarCommandStateChanged);
+    m_fx->window->show();
     // A silent radar keeps the start-up commands in the queue for a long while: 5 s each,
     // and the limitations box asks whether its area is used before these are asked.
-    return QTest::qWaitForWindowExposed(m_window.get())
+    return QTest::qWaitForWindowExposed(m_fx->window.get())
            && QTest::qWaitFor([this] { return commands()->isEnabled(); }, 30000);
-}
-
-QAction* tst_MainWindowPanels::menuAction(const QString& text) const
-{
-    for (QAction* action : m_window->menuBar()->findChildren<QAction*>()) {
-        if (action->text() == text)
-            return action;
-    }
-    return nullptr;
 }
 
 bool tst_MainWindowPanels::waitForRadarState(int state, int timeoutMs)
 {
-    return QTest::qWaitFor([this, state] { return m_window->radarClient()->radarState() == state; },
-                           timeoutMs);
+    return QTest::qWaitFor(
+        [this, state] { return m_fx->window->radarClient()->radarState() == state; }, timeoutMs);
 }
 
 bool tst_MainWindowPanels::tuningClick(const char* buttonName, int endState, int timeoutMs)
@@ -144,47 +116,44 @@ bool tst_MainWindowPanels::tuningClick(const char* buttonName, int endState, int
         timeoutMs);
 }
 
-void tst_MainWindowPanels::requestedResultsOpenTheirBoxes_data()
-{
-    QTest::addColumn<int>("menuItem"); // of the device information menu, -1 for none
-    QTest::addColumn<QString>("buttonName");
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<QString>("text");
-
-    QTest::newRow("hardware info") << 0 << "getDeviceInfoButton"
-                                   << "Hardware info"
-                                   << "ORVEX RS-24 SIM rev.C";
-    QTest::newRow("firmware info") << 1 << "getDeviceInfoButton"
-                                   << "Firmware info"
-                                   << "FW 2.14.3 build 512";
-    QTest::newRow("self-diagnosis, units 2 and 4 sound")
-        << -1 << "selfDiagnosticsButton"
-        << "Radar self-diagnosis"
-        << "Self-diagnosis completed.\nRadar is functioning wrong.\n\n"
-           "AMP1\tbad\nAMP2\tok\nPADC\tbad\nTRSC\tok\nPLLC\tbad";
-}
-
 void tst_MainWindowPanels::requestedResultsOpenTheirBoxes()
 {
-    QFETCH(int, menuItem);
-    QFETCH(QString, buttonName);
     QuestionAnswerer answerer(QMessageBox::Ok);
     QVERIFY(openWindow({"--selftest", "0x0014"}));
     // The hardware information the status bar asked for by itself opened no box.
     QVERIFY(!QTest::qWaitFor([&answerer] { return answerer.count > 0; }, 300));
 
-    button(qPrintable(buttonName))->click();
-    if (menuItem >= 0) {
-        QMenu* menu = commands()->deviceInfoMenu();
-        QTRY_VERIFY(menu->isVisible());
-        menu->hide();
-        menu->actions().at(menuItem)->trigger();
+    // Each request opens one box, once: the device information menu's two items, then
+    // the self-diagnosis, units 2 and 4 sound.
+    const struct
+    {
+        int menuItem; // of the device information menu, -1 for none
+        QString buttonName, title, text;
+    } requests[] = {
+        {0, "getDeviceInfoButton", "Hardware info", "ORVEX RS-24 SIM rev.C"},
+        {1, "getDeviceInfoButton", "Firmware info", "FW 2.14.3 build 512"},
+        {-1, "selfDiagnosticsButton", "Radar self-diagnosis",
+         "Self-diagnosis completed.\nRadar is functioning wrong.\n\n"
+         "AMP1\tbad\nAMP2\tok\nPADC\tbad\nTRSC\tok\nPLLC\tbad"},
+    };
+    int boxes = 0;
+    for (const auto& r : requests) {
+        stateLabel(r.buttonName)->clear();
+        QTRY_VERIFY(commands()->isEnabled());
+        button(qPrintable(r.buttonName))->click();
+        if (r.menuItem >= 0) {
+            QMenu* menu = commands()->deviceInfoMenu();
+            QTRY_VERIFY(menu->isVisible());
+            menu->hide();
+            menu->actions().at(r.menuItem)->trigger();
+        }
+        ++boxes;
+        QTRY_COMPARE(answerer.count, boxes);
+        QCOMPARE(answerer.title, r.title);
+        QCOMPARE(answerer.text, r.text);
+        QTRY_COMPARE(stateLabel(r.buttonName)->text(), QString("command received"));
     }
-    QTRY_COMPARE(answerer.count, 1);
-    QTEST(answerer.title, "title");
-    QTEST(answerer.text, "text");
-    QTRY_COMPARE(stateLabel(buttonName)->text(), QString("command received"));
-    QVERIFY(!QTest::qWaitFor([&answerer] { return answerer.count > 1; }, 300));
+    QVERIFY(!QTest::qWaitFor([&] { return answerer.count > boxes; }, 300));
 }
 
 void tst_MainWindowPanels::busyRadarStillAnswers()
@@ -242,8 +211,8 @@ void tst_MainWindowPanels::tuningReadsBackAndOutlivesARestart()
     autoGet->trigger();
     spin("frequencyIdSpin")->setValue(4);
     // Behind the reads of the start of work the restart would come too late to be seen.
-    QTRY_COMPARE_WITH_TIMEOUT(m_window->radarClient()->lastRadarCommand(), 0, 10000);
-    QTRY_VERIFY(m_window->findChild<QWidget*>("saveAndRestartWidget")->isEnabled());
+    QTRY_COMPARE_WITH_TIMEOUT(m_fx->window->radarClient()->lastRadarCommand(), 0, 10000);
+    QTRY_VERIFY(m_fx->window->findChild<QWidget*>("saveAndRestartWidget")->isEnabled());
     button("restartRadarButton")->click();
     QVERIFY(waitForRadarState(C::Offline, 5000));
     QVERIFY(waitForRadarState(C::Working));
@@ -269,13 +238,13 @@ void tst_MainWindowPanels::protocolSwitchWhileACommandIsInFlight()
 {
     QuestionAnswerer answerer(QMessageBox::Ok);
     QVERIFY(openWindow({}));
-    QPointer<IOrvexClient> old = m_window->radarClient();
+    QPointer<IOrvexClient> old = m_fx->window->radarClient();
     CmdStateLabel* label = stateLabel("selfDiagnosticsButton");
 
     button("selfDiagnosticsButton")->click();
     QVERIFY(!label->isHidden() && commands()->cmdHandler()->isWaiting());
     menuAction("&1. Serial, type P (SerP)")->trigger();
-    QVERIFY(qobject_cast<OrvexSerialPakorProtocolClient*>(m_window->radarClient()));
+    QVERIFY(qobject_cast<OrvexSerialPakorProtocolClient*>(m_fx->window->radarClient()));
     QVERIFY(label->isHidden()); // dropped with the old client, not left in progress
     QVERIFY(!commands()->isEnabled());
     QTRY_VERIFY(old.isNull());

@@ -1,6 +1,7 @@
 #include "inputdialoganswerer.h"
 #include "iorvexclient.h"
 #include "mainwindow.h"
+#include "mainwindowfixture.h"
 #include "parstatelabel.h"
 #include "presetbutton.h"
 #include "radarparamnumbering.h"
@@ -9,15 +10,12 @@
 #include "setpolygonwidget.h"
 #include "setpositionwidget.h"
 #include "simulatorprocess.h"
-#include "workprofilehandler.h"
 
+#include <QAction>
 #include <QDoubleSpinBox>
 #include <QHBoxLayout>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QMenuBar>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QToolButton>
 #include <QtTest>
 
@@ -29,7 +27,7 @@ using L = ParStateLabel;
 // The position and limitations boxes of the main window, end to end against one radar
 // server simulator: what is written reads back and reaches the scheme, values beyond
 // the boxes' ranges show as the radar reports them, and the presets outlive the
-// program through its settings file, however badly that file holds them.
+// program through its settings file.
 class tst_MainWindowPosition : public QObject
 {
     Q_OBJECT
@@ -42,12 +40,13 @@ private slots:
     void positionAndAreaRoundTrip();
     void readBackBeyondTheRanges();
     void presetsOutliveTheProgram();
-    void badPresetArraysLoad_data();
-    void badPresetArraysLoad();
 
 private:
-    // The window on one profile pointed at the simulator, with these presets.
-    void openWindow(const QJsonObject& presets = {}, bool autoGetData = true);
+    // The window on one profile pointed at the simulator.
+    bool openWindow(bool autoGetData = true)
+    {
+        return m_fx->open(m_sim->url(), {{"data", QJsonObject{{"auto_get_data", autoGetData}}}});
+    }
     bool waitForWorking() const;
     void waitForLabels(const QStringList& names, int state) const;
     // The camera editor has offset boxes of the same names: look inside the two panels.
@@ -59,15 +58,13 @@ private:
     void setSpins(const QStringList& names, const QList<double>& values) const;
     QList<double> spinValues(const QStringList& names) const;
     QStringList presetNames(const QString& panel) const;
-    SetPositionWidget* position() const { return m_window->findChild<SetPositionWidget*>(); }
-    SetPolygonWidget* limitations() const { return m_window->findChild<SetPolygonWidget*>(); }
-    RoadObjectsWidget* scheme() const { return m_window->findChild<RoadObjectsWidget*>(); }
-    QJsonObject savedPresets() const;
+    SetPositionWidget* position() const { return m_fx->window->findChild<SetPositionWidget*>(); }
+    SetPolygonWidget* limitations() const { return m_fx->window->findChild<SetPolygonWidget*>(); }
+    RoadObjectsWidget* scheme() const { return m_fx->window->findChild<RoadObjectsWidget*>(); }
+    QJsonObject savedPresets() const { return m_fx->savedValue("presets").toObject(); }
 
     std::unique_ptr<SimulatorProcess> m_sim;
-    std::unique_ptr<QTemporaryDir> m_dir;
-    QString m_previousDir;
-    std::unique_ptr<MainWindow> m_window;
+    std::unique_ptr<MainWindowFixture> m_fx;
 };
 
 namespace {
@@ -87,36 +84,12 @@ void tst_MainWindowPosition::initTestCase()
 
 void tst_MainWindowPosition::init()
 {
-    m_dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_dir->isValid());
-    m_previousDir = QDir::currentPath();
-    QDir::setCurrent(m_dir->path());
+    m_fx = std::make_unique<MainWindowFixture>();
 }
 
 void tst_MainWindowPosition::cleanup()
 {
-    m_window.reset();
-    QDir::setCurrent(m_previousDir);
-    m_dir.reset();
-}
-
-void tst_MainWindowPosition::openWindow(const QJsonObject& presets, bool autoGetData)
-{
-    QJsonObject profile = WorkProfileHandler::defaultProfile();
-    QJsonObject connection = profile.value("connection").toObject();
-    connection.insert("radar_server_url", m_sim->url().toString());
-    profile.insert("connection", connection);
-    profile.insert("data", QJsonObject{{"auto_get_data", autoGetData}});
-    if (!presets.isEmpty())
-        profile.insert("presets", presets.value("presets"));
-    QFile file(WorkProfileHandler::SettingsFilePath);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(
-        QJsonDocument(QJsonObject{{"profiles", QJsonArray{profile}}, {"current_id", 0}}).toJson());
-    file.close();
-    m_window = std::make_unique<MainWindow>();
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    m_fx.reset();
 }
 
 bool tst_MainWindowPosition::waitForWorking() const
@@ -128,7 +101,7 @@ bool tst_MainWindowPosition::waitForWorking() const
 void tst_MainWindowPosition::waitForLabels(const QStringList& names, int state) const
 {
     for (const QString& name : names)
-        QTRY_COMPARE_WITH_TIMEOUT(m_window->findChild<L*>(name + "ResultLabel")->state(), state,
+        QTRY_COMPARE_WITH_TIMEOUT(m_fx->window->findChild<L*>(name + "ResultLabel")->state(), state,
                                   10000);
 }
 
@@ -156,18 +129,9 @@ QStringList tst_MainWindowPosition::presetNames(const QString& panel) const
     return names;
 }
 
-QJsonObject tst_MainWindowPosition::savedPresets() const
-{
-    QFile file(WorkProfileHandler::SettingsFilePath);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    const QJsonObject top = QJsonDocument::fromJson(file.readAll()).object();
-    return top.value("profiles").toArray().at(0).toObject().value("presets").toObject();
-}
-
 void tst_MainWindowPosition::positionAndAreaRoundTrip()
 {
-    openWindow();
+    QVERIFY(openWindow());
     QVERIFY(waitForWorking());
     // The radar was read as it started working: the simulator's factory position and area.
     waitForLabels(Pose, L::ReceivedFromRadar);
@@ -180,21 +144,21 @@ void tst_MainWindowPosition::positionAndAreaRoundTrip()
     // Written: the scheme shows the new position at once, before the radar confirms it.
     const QList<double> pose{7.25, 1.5, -8, 4.5, -2, 1};
     setSpins(Pose, pose);
-    m_window->findChild<QPushButton*>("setPositionButton")->click();
+    m_fx->window->findChild<QPushButton*>("setPositionButton")->click();
     QCOMPARE(scheme()->radarPosition(), QPointF(1.5, -8));
     QCOMPARE(scheme()->radarAzimuth(), 4.5);
     waitForLabels(Pose, L::CommandReceived);
     setSpins(Pose, {1, 1, 1, 1, 1, 1});
     QTRY_VERIFY(position()->isEnabled());
-    m_window->findChild<QPushButton*>("getPositionButton")->click();
+    m_fx->window->findChild<QPushButton*>("getPositionButton")->click();
     waitForLabels(Pose, L::ReceivedFromRadar);
     QCOMPARE(spinValues(Pose), pose);
 
     // The area goes to the radar field by field in the documented order, then is taken
     // into use; read back, the scheme draws it.
-    QSignalSpy steps(m_window->radarClient(), &C::radarCommandStateChanged);
+    QSignalSpy steps(m_fx->window->radarClient(), &C::radarCommandStateChanged);
     setSpins(Bounds, {2, 60, 0.5, 15, 10, 150, -6, 4});
-    m_window->findChild<QPushButton*>("setPolygonButton")->click();
+    m_fx->window->findChild<QPushButton*>("setPolygonButton")->click();
     using P = RadarParamNumbering;
     QList<int> expected;
     for (int p : {0, 1, 2, 3})
@@ -212,13 +176,13 @@ void tst_MainWindowPosition::positionAndAreaRoundTrip()
     waitForLabels(Bounds, L::CommandReceived);
     QTRY_VERIFY(limitations()->isEnabled());
     setSpins(Bounds, {0, 10, 0, 10, 0, 50, 0, 0});
-    m_window->findChild<QPushButton*>("getPolygonButton")->click();
+    m_fx->window->findChild<QPushButton*>("getPolygonButton")->click();
     waitForLabels(Bounds + QStringList{"pointCount"}, L::ReceivedFromRadar);
     QCOMPARE(spinValues(Bounds), (QList<double>{2, 60, 0.5, 15, 10, 150, -6, 4}));
     QCOMPARE(scheme()->roadLayer().limitation(), QRectF(QPointF(10, -6), QPointF(150, 4)));
 
     // Switched on, read back: the scheme fills the area.
-    QPushButton* enable = m_window->findChild<QPushButton*>("enablePolygonButton");
+    QPushButton* enable = m_fx->window->findChild<QPushButton*>("enablePolygonButton");
     enable->click();
     QTRY_VERIFY(scheme()->roadLayer().isLimitationInUse());
     QCOMPARE(enable->text(), QString("Disable limitations"));
@@ -228,16 +192,16 @@ void tst_MainWindowPosition::positionAndAreaRoundTrip()
 void tst_MainWindowPosition::readBackBeyondTheRanges()
 {
     // Another program left the radar where these boxes cannot go.
-    openWindow({}, false);
+    QVERIFY(openWindow(false));
     QVERIFY(waitForWorking());
-    C* client = m_window->radarClient();
+    C* client = m_fx->window->radarClient();
     client->sendCmdSetPosition(30, 40, -26, 45, -90, 0.5);
     client->sendCmdSetPolygonPointParam(0, 2, 300);
     client->sendCmdSetPolygonSpeedParam(0, 1, 150);
     QTRY_COMPARE_WITH_TIMEOUT(client->lastRadarCommand(), 0, 10000);
 
-    m_window->findChild<QPushButton*>("getPositionButton")->click();
-    m_window->findChild<QPushButton*>("getPolygonButton")->click();
+    m_fx->window->findChild<QPushButton*>("getPositionButton")->click();
+    m_fx->window->findChild<QPushButton*>("getPolygonButton")->click();
     waitForLabels(Pose + Bounds, L::ReceivedFromRadar);
     QCOMPARE(spinValues(Pose), (QList<double>{20, 25, -25, 30, -30, 0.5}));
     QCOMPARE(ReadBackMark::reportedValue(spin("height")), QVariant(30.0));
@@ -253,7 +217,7 @@ void tst_MainWindowPosition::readBackBeyondTheRanges()
 
 void tst_MainWindowPosition::presetsOutliveTheProgram()
 {
-    openWindow();
+    QVERIFY(openWindow());
     QVERIFY(waitForWorking());
     QCOMPARE(presetNames("position"), QStringList{"Default preset"});
     waitForLabels(Pose, L::ReceivedFromRadar); // the radar's values, read at the start
@@ -261,7 +225,7 @@ void tst_MainWindowPosition::presetsOutliveTheProgram()
     const double yOffset = spin("yOffset")->value();
     {
         InputDialogAnswerer answerer({"Mast 7 m"});
-        m_window->findChild<SetPositionWidget*>()
+        m_fx->window->findChild<SetPositionWidget*>()
             ->findChild<QToolButton*>("addPresetButton")
             ->click();
         QCOMPARE(answerer.count, 1);
@@ -273,21 +237,17 @@ void tst_MainWindowPosition::presetsOutliveTheProgram()
         QCOMPARE(answerer.count, 1);
     }
     // Automatic reading switched off from the menu: the next start leaves the boxes alone.
-    for (QAction* action : m_window->menuBar()->findChildren<QAction*>()) {
-        if (action->text() == "&Automatically get data when radar starts working")
-            action->trigger();
-    }
-    QVERIFY(m_window->close());
-    m_window.reset();
+    m_fx->menuAction("&Automatically get data when radar starts working")->trigger();
+    QVERIFY(m_fx->window->close());
+    m_fx->window.reset();
     QCOMPARE(savedPresets().value("position_presets").toArray().size(), 2);
 
-    m_window = std::make_unique<MainWindow>();
-    m_window->show();
+    QVERIFY(m_fx->reopen());
     QVERIFY(waitForWorking());
     QCOMPARE(presetNames("position"), (QStringList{"Default preset", "Mast 7 m"}));
     QCOMPARE(presetNames("limitations"), (QStringList{"Default preset", "Wide"}));
     QVERIFY(!QTest::qWaitFor([this] { return spin("height")->value() != 5.0; }, 500));
-    QCOMPARE(m_window->findChild<L*>("heightResultLabel")->state(), int(L::Cleared));
+    QCOMPARE(m_fx->window->findChild<L*>("heightResultLabel")->state(), int(L::Cleared));
     qobject_cast<PresetButton*>(
         position()->findChild<QHBoxLayout*>("presetButtonsLayout")->itemAt(1)->widget())
         ->click();
@@ -297,55 +257,6 @@ void tst_MainWindowPosition::presetsOutliveTheProgram()
         limitations()->findChild<QHBoxLayout*>("presetButtonsLayout")->itemAt(1)->widget())
         ->click();
     QCOMPARE(spin("posYmin")->value(), -20.0);
-}
-
-void tst_MainWindowPosition::badPresetArraysLoad_data()
-{
-    QTest::addColumn<QByteArray>("presets"); // the profile's "presets" value
-    QTest::addColumn<QStringList>("positionNames");
-    QTest::addColumn<QStringList>("limitationNames");
-
-    const QStringList none{"Default preset"};
-    QTest::newRow("strings, nulls, numbers, odd names, huge and missing values")
-        << QByteArray(R"({"position_presets": ["A", null, 7, [], {},
-              {"name": null, "height": 5, "x_offset": 0, "y_offset": 0, "azimuth": 0,
-               "altitude": 0, "roll": 0},
-              {"name": "Far — 🚗", "height": 1e308, "x_offset": -1e308, "y_offset": "x",
-               "azimuth": 9e99, "altitude": null, "roll": 0},
-              {"name": "No roll", "height": 5, "x_offset": 0, "y_offset": 0, "azimuth": 0,
-               "altitude": 0}],
-            "limitations_presets": [null, "B", false,
-              {"name": "Huge", "point_count": 1e308, "speed_x_min": -1e308,
-               "speed_x_max": 1e308, "speed_y_min": 0, "speed_y_max": 10,
-               "position_x_min": 5, "position_x_max": 100, "position_y_min": -10,
-               "position_y_max": 10},
-              {"name": "No count", "speed_x_min": 1, "speed_x_max": 100, "speed_y_min": 0,
-               "speed_y_max": 10, "position_x_min": 5, "position_x_max": 100,
-               "position_y_min": -10, "position_y_max": 10}]})")
-        << QStringList{"Far — 🚗"} << QStringList{"Huge"};
-    QTest::newRow("arrays of another type")
-        << QByteArray(R"({"position_presets": "all of them", "limitations_presets": {"a": 1}})")
-        << none << none;
-    QTest::newRow("presets not an object") << QByteArray(R"([1, 2, 3])") << none << none;
-}
-
-void tst_MainWindowPosition::badPresetArraysLoad()
-{
-    QFETCH(QByteArray, presets);
-    QJsonParseError error;
-    const QJsonDocument doc = QJsonDocument::fromJson("{\"presets\": " + presets + "}", &error);
-    QCOMPARE(error.error, QJsonParseError::NoError);
-    openWindow(doc.object());
-    QTEST(presetNames("position"), "positionNames");
-    QTEST(presetNames("limitations"), "limitationNames");
-    position()->applyPreset(0);
-    QCOMPARE(spin("height")->value(), presets.contains("Far") ? 20.0 : 5.0);
-    // What was kept is what the settings file holds after the program closes.
-    const QJsonArray positionList = position()->presets();
-    const QJsonArray limitationList = limitations()->presets();
-    QVERIFY(m_window->close());
-    QCOMPARE(savedPresets().value("position_presets").toArray(), positionList);
-    QCOMPARE(savedPresets().value("limitations_presets").toArray(), limitationList);
 }
 
 QTEST_MAIN(tst_MainWindowPosition)

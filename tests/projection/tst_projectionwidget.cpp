@@ -79,8 +79,6 @@ private slots:
     void tracksFarOutsideThePicturePaint();
     void adjustmentButtonsMoveOneEdge();
     void animationWrapsToItsNinthCell();
-    void otherPickupModesAreIgnored_data();
-    void otherPickupModesAreIgnored();
     void rightClickAbortsThePickup();
     void pickupFindsThePose_data();
     void pickupFindsThePose();
@@ -281,26 +279,13 @@ void tst_ProjectionWidget::animationWrapsToItsNinthCell()
     }
 }
 
-void tst_ProjectionWidget::otherPickupModesAreIgnored_data()
-{
-    QTest::addColumn<int>("mode");
-    QTest::newRow("mode 0") << 0;
-    QTest::newRow("mode 3") << 3;
-}
-
-void tst_ProjectionWidget::otherPickupModesAreIgnored()
-{
-    QFETCH(int, mode);
-    DialogAnswerer answerer({});
-    m_view->pickupParameters(mode);
-    QVERIFY(!m_view->pickup()->isPickingUp());
-    QVERIFY(answerer.titles.isEmpty());
-}
-
 void tst_ProjectionWidget::rightClickAbortsThePickup()
 {
     placeRadar();
     DialogAnswerer answerer({1.5, -2.0});
+    for (int unknownMode : {0, 3}) // no pick-up, no dialog
+        m_view->pickupParameters(unknownMode);
+    QVERIFY(!m_view->pickup()->isPickingUp() && answerer.titles.isEmpty());
     m_view->pickupParameters(1);
     QVERIFY(m_view->pickup()->isPickingUp());
     QCOMPARE(answerer.titles, QStringList{"Picking up parameters"});

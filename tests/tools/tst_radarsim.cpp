@@ -198,12 +198,7 @@ void tst_RadarSim::reachesWorkingWithPlausibleTraffic()
         for (const QVariantList& o : frames[f].objects) {
             const int id = o[0].toInt();
             const double vx = o[1].toDouble(), x = o[3].toDouble(), y = o[4].toDouble();
-            const QString what = QString("id %1 x %2 y %3 vx %4 length %5")
-                                     .arg(id)
-                                     .arg(x)
-                                     .arg(y)
-                                     .arg(vx)
-                                     .arg(o[5].toDouble());
+            const QString what = QVariant(o).toStringList().join(' '); // id vx vy x y length
             QVERIFY2(id > previousId, "objects come in ascending id order");
             previousId = id;
             QVERIFY2(x >= -0.1 && x <= 250.1 && qAbs(y) < 8.0,
