@@ -242,7 +242,7 @@ void tst_Presets::edits_data()
         << Action(add) << QStringList{"A"} << "New preset" << QStringList{"A", "B", "A"} << 1
         << QList<double>{6, 7, 9.5};
     QTest::newRow("rename: same place, same values")
-        << Action(menuItem(1, 0)) << QStringList{"North"} << "B" << QStringList{"A", "North"} << 1
+        << Action(menuItem(0, 0)) << QStringList{"North"} << "A" << QStringList{"North", "B"} << 1
         << QList<double>{6, 7};
     QTest::newRow("update: the present values under the old name")
         << Action(menuItem(1, 1)) << QStringList{} << QString() << QStringList{"A", "B"} << 1

@@ -20,6 +20,7 @@ private slots:
     void cleanup() { m_editor.reset(); }
 
     void emptyConfigurationGetsTheDefaults();
+    void everyValueRoundTrips();
     void storedValuesAreClamped_data();
     void storedValuesAreClamped();
     void closingOverEditsAsks_data();
@@ -47,6 +48,26 @@ void tst_TvmsConfigWidget::emptyConfigurationGetsTheDefaults()
                                {"horizontal_view_angle", 12.0},
                                {"video_delay", 0}};
     QCOMPARE(published.first().first().toJsonObject(), expected);
+}
+
+void tst_TvmsConfigWidget::everyValueRoundTrips()
+{
+    // Each value different and in range: shown and applied, it comes back under its own key.
+    const QJsonObject stored{{"x_offset", 0.5},
+                             {"y_offset", -0.25},
+                             {"z_offset", 0.75},
+                             {"azimuth_misalignment", 3.5},
+                             {"altitude_misalignment", -4.5},
+                             {"horizontal_view_angle", 48.0},
+                             {"video_delay", 120}};
+    m_editor->setTvmsConfig(stored);
+    m_editor->show();
+    QSignalSpy published(m_editor.get(), &TvmsConfigWidget::tvmsConfigChanged);
+    m_editor->findChild<QDialogButtonBox*>("tvmsConfigButtonBox")
+        ->button(QDialogButtonBox::Apply)
+        ->click();
+    QCOMPARE(published.count(), 1);
+    QCOMPARE(published.first().first().toJsonObject(), stored);
 }
 
 void tst_TvmsConfigWidget::storedValuesAreClamped_data()
