@@ -795,6 +795,18 @@ void MainWindow::onControlCollapsedChanged(bool collapsed)
         m_controls.key(qobject_cast<QWidget*>(sender()), TrafficSchemeAreaControl), collapsed);
 }
 
+template<typename Window>
+void MainWindow::doShowFreeWindow(Window* window, const QString& name, bool visible)
+{
+    if (visible) {
+        window->showStandalone(false, this, windowTitleFor(name));
+        window->setEnabled(true);
+    } else {
+        window->setEnabled(false);
+        window->hide();
+    }
+}
+
 void MainWindow::doSetControlVisible(int control, bool visible)
 {
     QWidget* widget = m_controls.value(control);
@@ -1077,16 +1089,6 @@ void MainWindow::doConnectProjectionFeed()
                     double roll) { video->showPosition(height, x, y, azimuth, altitude, roll, true); });
 }
 
-void MainWindow::doShowFreeWindow(StandaloneWidget* window, const QString& name, bool visible)
-{
-    if (visible) {
-        window->showStandalone(false, this, windowTitleFor(name));
-        window->setEnabled(true);
-    } else {
-        window->setEnabled(false);
-        window->hide();
-    }
-}
 
 void MainWindow::onConfigureTvmsTriggered()
 {

@@ -133,8 +133,10 @@ private:
     void doConnectCommandPanels();
     void doConnectProjectionFeed();
     // Shows a free-standing window (titled after the profile) and lets it work, or
-    // stops and hides it.
-    void doShowFreeWindow(StandaloneWidget* window, const QString& name, bool visible);
+    // stops and hides it. The window's own setEnabled starts and stops its intake, so
+    // it is called on the window's class, not on a base.
+    template<typename Window>
+    void doShowFreeWindow(Window* window, const QString& name, bool visible);
     void doStartPickup(int mode);
     void doConnectPositionPanels();
     void doResetWindowLayout(int control);

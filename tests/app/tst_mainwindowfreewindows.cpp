@@ -130,7 +130,6 @@ void tst_MainWindowFreeWindows::menuShowsAndClosingHidesTheWindow()
 
 void tst_MainWindowFreeWindows::measuredObjectsReachTheHistory()
 {
-    m_fx->window->profileHandler()->setControlVisible(ObjectsHistoryControl, true);
     m_fx->window->profileHandler()->setPaintObjects(true);
     QVERIFY(m_server->waitForClient());
     QSignalSpy frames(m_fx->window->radarClient(), &IOrvexClient::frameFinished);
@@ -148,11 +147,18 @@ void tst_MainWindowFreeWindows::measuredObjectsReachTheHistory()
     const QDateTime t0 = QDateTime::currentDateTimeUtc();
     for (int i = 0; i < 3; ++i)
         QVERIFY(send(t0.addMSecs(-1000 + i * 100), {}));
+    // Hidden, the history and the projection take nothing in (hours of frames would
+    // otherwise pile up unseen).
+    const HistoryTableModel* model = m_fx->window->historyWidget()->model();
+    QVERIFY(send(t0.addMSecs(-600), {3, 4}));
+    QCOMPARE(model->rowCount(), 0);
+    QCOMPARE(m_fx->window->projectionWidget()->bufferedFrames(), 0);
+
+    m_fx->window->profileHandler()->setControlVisible(ObjectsHistoryControl, true);
     QVERIFY(send(t0, {1, 2}));
     // Object 2 is only carried over by the client in the second frame.
     QVERIFY(send(t0.addMSecs(100), {1}));
 
-    const HistoryTableModel* model = m_fx->window->historyWidget()->model();
     // The view hears of a frame's rows at its end.
     QCOMPARE(m_fx->window->historyWidget()->tableView()->verticalHeader()->count(), 3);
     QCOMPARE((QStringList{model->text(0, 0), model->text(1, 0), model->text(2, 0)}),
