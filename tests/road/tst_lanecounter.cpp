@@ -107,12 +107,12 @@ QString describe(const VehicleCrossing& c)
 }
 
 // Feeds the counter frame by frame, 10 a second, as the radar client does.
-QStringList countVehicles(const QStringList& specs, double line = 50.0)
+QStringList countVehicles(const QStringList& drives, double line = 50.0)
 {
     QVector<Vehicle> vehicles;
     qint64 endMs = 0;
-    for (const QString& spec : specs) {
-        vehicles.append(Vehicle::parse(spec));
+    for (const QString& drive : drives) {
+        vehicles.append(Vehicle::parse(drive));
         endMs = qMax(endMs, vehicles.last().keys.last().ms);
     }
     std::stable_sort(vehicles.begin(), vehicles.end(),
