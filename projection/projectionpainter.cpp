@@ -22,7 +22,7 @@ const QColor CheckpointOutline(255, 255, 255);
 const QColor SegmentLine(255, 255, 255);
 constexpr int CrossHalf = 8;
 constexpr int LabelPixelSize = 20;
-constexpr int LabelCacheLimit = 4096; // speed labels kept laid out
+constexpr int LabelCacheLimit = 512; // speed labels kept laid out (at most 64 a frame)
 constexpr int AnimationAlphaStep = 32;
 
 QPen linePen(const QColor& color, double width, Qt::PenStyle style = Qt::SolidLine)

@@ -11,7 +11,10 @@ namespace {
 
 constexpr int LabelPadding = 2; // pixels either side of a side label's text
 constexpr int LabelClearance = 3; // between the object's reach and its label's usual place
-constexpr int MaxCachedLabels = 4096; // laid-out label texts kept; a full cache starts afresh
+// Laid-out label texts kept; a full cache starts afresh. A frame shows at most 64 labels
+// and most speeds change from frame to frame, so a few hundred hold every text worth
+// keeping; each costs about 500 bytes, and a larger cache only grows the heap.
+constexpr int MaxCachedLabels = 512;
 
 } // namespace
 

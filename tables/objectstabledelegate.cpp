@@ -5,8 +5,9 @@
 #include <QStyle>
 
 namespace {
-// Enough for the numbers of many frames; a full cache is simply started afresh.
-constexpr int MaxCachedTexts = 4096;
+// A frame shows at most 64 rows of nine cells; the cache keeps the numbers of a few
+// frames and is simply started afresh when full (each text costs a few hundred bytes).
+constexpr int MaxCachedTexts = 2048;
 
 QStyle* styleOf(const QStyleOptionViewItem& option)
 {
