@@ -2,7 +2,9 @@
 
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QTableWidget>
+#include <QTranslator>
 #include <QtTest>
 
 #include <ctime>
@@ -32,6 +34,8 @@ private slots:
     void cellsAsDrawn();
     void nonWorkingStateEmptiesAndDisables_data();
     void nonWorkingStateEmptiesAndDisables();
+    void columnsFitTheirTexts_data();
+    void columnsFitTheirTexts();
 
 private:
     void frame(const QList<quint8>& ids)
@@ -239,6 +243,47 @@ void tst_ObjectsTableWidget::nonWorkingStateEmptiesAndDisables()
     QVERIFY(!m_box->isEnabled()); // the enclosing box greys out with the table
     m_widget->showRadarState(Working);
     QVERIFY(m_box->isEnabled());
+}
+
+void tst_ObjectsTableWidget::columnsFitTheirTexts_data()
+{
+    QTest::addColumn<QString>("catalogue"); // none: the program's own English
+    QTest::addColumn<QString>("speedHeader");
+    QTest::newRow("English") << QString() << "X speed, km/h";
+    QTest::newRow("German") << "orvex-road-app-gui_de" << "vX, km/h";
+}
+
+void tst_ObjectsTableWidget::columnsFitTheirTexts()
+{
+    // At its smallest, the table still shows every header and the widest values whole.
+    QFETCH(QString, catalogue);
+    QTranslator translator;
+    if (!catalogue.isEmpty()) {
+        QVERIFY(translator.load(catalogue, QStringLiteral(ORVEX_TRANSLATIONS_DIR)));
+        QCoreApplication::installTranslator(&translator);
+    }
+    QGroupBox box;
+    auto* widget = new ObjectsTableWidget(&box);
+    (new QHBoxLayout(&box))->addWidget(widget);
+    widget->showRadarState(Working);
+    box.resize(box.minimumSizeHint());
+    box.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&box));
+    widget->startFilling();
+    widget->addObject(255, -188.8 / 3.6, -188.8 / 3.6, 250.0, -25.0, 25.5, SomeTime);
+    widget->finishFilling();
+    QCoreApplication::removeTranslator(&translator);
+
+    QTableWidget* table = widget->tableWidget();
+    QTEST(table->horizontalHeaderItem(1)->text(), "speedHeader");
+    const QFontMetrics header = table->horizontalHeader()->fontMetrics();
+    const QFontMetrics cells = table->fontMetrics();
+    for (int column = 0; column < table->columnCount(); ++column) {
+        const QString title = table->horizontalHeaderItem(column)->text();
+        const QString value = table->item(0, column)->text();
+        QVERIFY2(header.horizontalAdvance(title) < table->columnWidth(column), qPrintable(title));
+        QVERIFY2(cells.horizontalAdvance(value) < table->columnWidth(column), qPrintable(value));
+    }
 }
 
 QTEST_MAIN(tst_ObjectsTableWidget)
