@@ -1,4 +1,5 @@
 #include "mainwindow.h"
+#include "repaintpacer.h"
 #include "translationloader.h"
 
 #include <QApplication>
@@ -14,6 +15,11 @@ int main(int argc, char* argv[])
 
     QApplication app(argc, argv);
     TranslationLoader::install(&app, QLocale::system().name(), QApplication::applicationDirPath());
+
+    // The views repaint once per radar frame; a replay faster than the radar is painted
+    // no faster than the screen can show it.
+    RepaintPacer pacer;
+    app.installEventFilter(&pacer);
 
     MainWindow window;
     window.show();

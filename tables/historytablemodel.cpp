@@ -1,5 +1,6 @@
 #include "historytablemodel.h"
 
+#include "localtimeofday.h"
 #include "objectcolor.h"
 #include "objectstablewidget.h"
 
@@ -15,10 +16,6 @@ constexpr int ValueFieldWidth = 14;
 // Saved text goes to the device in blocks of about this size.
 constexpr int WriteBlockBytes = 1 << 16;
 
-constexpr int MsPerSecond = 1000;
-constexpr int MsPerMinute = 60 * MsPerSecond;
-constexpr int MsPerHour = 60 * MsPerMinute;
-
 void appendCell(QString& line, const QString& text, int column)
 {
     const int width = column == Table::IdColumn ? IdFieldWidth : ValueFieldWidth;
@@ -29,11 +26,6 @@ void appendCell(QString& line, const QString& text, int column)
     line += QLatin1String(" |");
 }
 
-void appendDigits(QString& text, int value, int digits)
-{
-    for (int divisor = digits == 3 ? 100 : 10; divisor > 0; divisor /= 10)
-        text += QLatin1Char(char('0' + value / divisor % 10));
-}
 } // namespace
 
 HistoryTableModel::HistoryTableModel(QObject* parent)
@@ -50,23 +42,6 @@ int HistoryTableModel::columnCount(const QModelIndex& parent) const
     return parent.isValid() ? 0 : Table::ColumnCount;
 }
 
-QString HistoryTableModel::timeText(qint32 timeOfDayMs)
-{
-    if (timeOfDayMs < 0)
-        return QString();
-    // "hh:mm:ss.zzz", spelt out: saving a full history formats a hundred thousand of them.
-    QString text;
-    text.reserve(12);
-    appendDigits(text, timeOfDayMs / MsPerHour, 2);
-    text += QLatin1Char(':');
-    appendDigits(text, timeOfDayMs / MsPerMinute % 60, 2);
-    text += QLatin1Char(':');
-    appendDigits(text, timeOfDayMs / MsPerSecond % 60, 2);
-    text += QLatin1Char('.');
-    appendDigits(text, timeOfDayMs % MsPerSecond, 3);
-    return text;
-}
-
 QString HistoryTableModel::cellText(const HistoryRowStore::Row& row, int column)
 {
     switch (column) {
@@ -76,7 +51,7 @@ QString HistoryTableModel::cellText(const HistoryRowStore::Row& row, int column)
     case Table::XRangeColumn: return Table::valueText(column, row.xRange);
     case Table::YRangeColumn: return Table::valueText(column, row.yRange);
     case Table::LengthColumn: return Table::valueText(column, row.length);
-    case Table::UpdatedColumn: return timeText(row.timeOfDayMs);
+    case Table::UpdatedColumn: return LocalTimeOfDay::text(row.timeOfDayMs);
     default: return QString();
     }
 }

@@ -32,8 +32,6 @@ public:
 
     // The text of a cell, as shown and as saved.
     QString text(int row, int column) const;
-    // The local time of day as the objects tables show it, or nothing without a time.
-    static QString timeText(qint32 timeOfDayMs);
 
     // Inserts a row before the given one (the row count appends).
     void addRow(int row, const HistoryRowStore::Row& value);

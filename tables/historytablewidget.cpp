@@ -2,6 +2,7 @@
 
 #include "historytablemodel.h"
 #include "objectstabledelegate.h"
+#include "objectstableheader.h"
 #include "ui_historytablewidget.h"
 
 #include <QApplication>
@@ -25,6 +26,7 @@ HistoryTableWidget::HistoryTableWidget(QWidget* parent, Qt::WindowFlags flags)
     QTableView* table = m_ui->tableView;
     table->setModel(m_model);
     table->setItemDelegate(new ObjectsTableDelegate(table));
+    table->setHorizontalHeader(new ObjectsTableHeader(table));
     QHeaderView* header = table->horizontalHeader();
     header->setSectionResizeMode(QHeaderView::Stretch);
     header->setSectionsMovable(false);
@@ -95,9 +97,7 @@ qint32 HistoryTableWidget::frameTimeOfDay()
 {
     if (!m_hasFrameTimeOfDay) {
         m_hasFrameTimeOfDay = true;
-        m_frameTimeOfDay = m_frameTime.isValid()
-                               ? m_frameTime.toLocalTime().time().msecsSinceStartOfDay()
-                               : HistoryRowStore::NoTime;
+        m_frameTimeOfDay = m_localTime.msecs(m_frameTime);
     }
     return m_frameTimeOfDay;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "localtimeofday.h"
 #include "standalonewidget.h"
 
 #include <QDateTime>
@@ -71,6 +72,7 @@ private:
     // The frame time as the rows show it, worked out once per frame.
     bool m_hasFrameTimeOfDay = false;
     qint32 m_frameTimeOfDay = 0;
+    LocalTimeOfDay m_localTime;
     // The row of each object's newest row, NoRow where the object has no group.
     std::array<int, IdCount> m_lastRowById;
     // The objects the radar still reports in this frame, measured or carried over.

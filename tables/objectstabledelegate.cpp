@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QPainter>
 #include <QStyle>
+#include <QTableView>
 
 namespace {
 // A frame shows at most 64 rows of nine cells; the cache keeps the numbers of a few
@@ -21,9 +22,11 @@ int textMargin(const QStyleOptionViewItem& option)
 }
 } // namespace
 
-ObjectsTableDelegate::ObjectsTableDelegate(QObject* parent)
-    : QStyledItemDelegate(parent)
-{ }
+ObjectsTableDelegate::ObjectsTableDelegate(QTableView* view)
+    : QStyledItemDelegate(view)
+{
+    view->setShowGrid(false);
+}
 
 const QStaticText& ObjectsTableDelegate::staticText(const QString& text, const QFont& font) const
 {
@@ -42,8 +45,73 @@ const QStaticText& ObjectsTableDelegate::staticText(const QString& text, const Q
     return it.value();
 }
 
+QSizeF ObjectsTableDelegate::textSize(const QString& text, const QFont& font, bool* isNumber) const
+{
+    if (!m_numbers.isFor(font))
+        m_numbers.setFont(font);
+    *isNumber = m_numbers.layout(text);
+    if (*isNumber)
+        return QSizeF(m_numbers.width(), m_numbers.height());
+    return staticText(text, font).size();
+}
+
 void ObjectsTableDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                                  const QModelIndex& index) const
+{
+    // The grid line on the cell's right and bottom edge, where the view would draw it.
+    const QRect cell = option.rect;
+    const QColor grid = QColor::fromRgba(
+        QRgb(styleOf(option)->styleHint(QStyle::SH_Table_GridLineColor, &option, option.widget)));
+    painter->fillRect(QRect(cell.right(), cell.top(), 1, cell.height()), grid);
+    painter->fillRect(QRect(cell.left(), cell.bottom(), cell.width() - 1, 1), grid);
+    if (option.state & (QStyle::State_Selected | QStyle::State_HasFocus)) {
+        QStyleOptionViewItem inner = option;
+        inner.rect = cell.adjusted(0, 0, -1, -1);
+        paintStyled(painter, inner, index);
+        return;
+    }
+    const QRect rect = cell.adjusted(0, 0, -1, -1);
+    const QVariant background = index.data(Qt::BackgroundRole);
+    if (background.isValid()) {
+        const QBrush brush = qvariant_cast<QBrush>(background);
+        if (brush.style() != Qt::NoBrush)
+            painter->fillRect(rect, brush);
+    }
+    const QString text = index.data(Qt::DisplayRole).toString();
+    if (text.isEmpty())
+        return;
+    const QVariant alignment = index.data(Qt::TextAlignmentRole);
+    const Qt::Alignment align
+        = alignment.isValid() ? Qt::Alignment(alignment.toInt()) : option.displayAlignment;
+    const QVariant foreground = index.data(Qt::ForegroundRole);
+    const QPalette::ColorGroup group = !(option.state & QStyle::State_Enabled) ? QPalette::Disabled
+                                       : (option.state & QStyle::State_Active) ? QPalette::Active
+                                                                               : QPalette::Inactive;
+    const QColor color = foreground.isValid() ? qvariant_cast<QBrush>(foreground).color()
+                                              : option.palette.color(group, QPalette::Text);
+
+    const int margin = textMargin(option);
+    const QRect textRect = rect.adjusted(margin, 0, -margin, 0);
+    bool isNumber = false;
+    const QSize size = textSize(text, option.font, &isNumber).toSize();
+    const QRect placed = QStyle::alignedRect(option.direction, align, size, textRect);
+    // Only a text wider than its cell needs the (costly) clip.
+    const bool clip = !textRect.contains(placed);
+    painter->save();
+    if (clip)
+        painter->setClipRect(textRect, Qt::IntersectClip);
+    painter->setPen(color);
+    if (isNumber) {
+        m_numbers.draw(painter, placed.topLeft());
+    } else {
+        painter->setFont(option.font);
+        painter->drawStaticText(placed.topLeft(), staticText(text, option.font));
+    }
+    painter->restore();
+}
+
+void ObjectsTableDelegate::paintStyled(QPainter* painter, const QStyleOptionViewItem& option,
+                                       const QModelIndex& index) const
 {
     QStyleOptionViewItem opt = option;
     initStyleOption(&opt, index);
@@ -95,8 +163,9 @@ void ObjectsTableDelegate::paint(QPainter* painter, const QStyleOptionViewItem& 
 QSize ObjectsTableDelegate::sizeHint(const QStyleOptionViewItem& option,
                                      const QModelIndex& index) const
 {
-    QStyleOptionViewItem opt = option;
-    initStyleOption(&opt, index);
-    const QSize text = staticText(opt.text, opt.font).size().toSize();
-    return QSize(text.width() + 2 * textMargin(opt), qMax(text.height(), opt.fontMetrics.height()));
+    bool isNumber = false;
+    const QSize text
+        = textSize(index.data(Qt::DisplayRole).toString(), option.font, &isNumber).toSize();
+    return QSize(text.width() + 2 * textMargin(option),
+                 qMax(text.height(), option.fontMetrics.height()));
 }

@@ -1,29 +1,43 @@
 #pragma once
 
+#include "numberglyphs.h"
+
 #include <QFont>
 #include <QHash>
 #include <QStaticText>
 #include <QStyledItemDelegate>
 
+class QTableView;
+
 // Draws the cells of the objects tables. A radar frame refills up to a few hundred
-// cells several times a second; the style's own item drawing lays out every text three
-// times (size, elision, drawing). Here each distinct text is shaped once and kept, and
-// the number texts of successive frames repeat a lot.
+// cells many times a second; the style's own item drawing asks the model for every role
+// and lays out every text three times (size, elision, drawing). Here a plain cell takes
+// its text and colours straight from the model, numbers are drawn from the font's glyphs
+// without any layout, and other texts are shaped once and kept. Selected and focused
+// cells are drawn as the style draws them. Each cell also draws its own stretch of the
+// grid (its right and bottom edge): the view's grid is stroked pixel by pixel down every
+// column, which cost as much as all the texts.
 class ObjectsTableDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
 
 public:
-    explicit ObjectsTableDelegate(QObject* parent = nullptr);
+    // Draws the cells of the given view, grid included.
+    explicit ObjectsTableDelegate(QTableView* view);
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
 private:
+    void paintStyled(QPainter* painter, const QStyleOptionViewItem& option,
+                     const QModelIndex& index) const;
+    // The size of a text in a font, and whether it is one of the numbers.
+    QSizeF textSize(const QString& text, const QFont& font, bool* isNumber) const;
     const QStaticText& staticText(const QString& text, const QFont& font) const;
 
     // Shaped texts for one font; dropped whole when the font changes or it grows large.
     mutable QHash<QString, QStaticText> m_texts;
     mutable QFont m_font;
+    mutable NumberGlyphs m_numbers;
 };

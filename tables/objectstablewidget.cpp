@@ -1,8 +1,10 @@
 #include "objectstablewidget.h"
 
 #include "iorvexclient.h"
+#include "localtimeofday.h"
 #include "objectcolor.h"
 #include "objectstabledelegate.h"
+#include "objectstableheader.h"
 #include "roadobject.h"
 #include "ui_objectstablewidget.h"
 
@@ -18,7 +20,6 @@ namespace {
 constexpr int SpeedDecimals = 1;
 constexpr int RangeDecimals = 2;
 constexpr int LengthDecimals = 1;
-const QString UpdateTimeFormat = QStringLiteral("hh:mm:ss.zzz");
 
 // The widest value each column usually shows: a vehicle against X at motorway speed,
 // the far end of the radar's range, a long truck, a time of day.
@@ -48,6 +49,7 @@ ObjectsTableWidget::ObjectsTableWidget(QWidget* parent)
     if (parent)
         m_ui->objectsTableWidgetLayout->setContentsMargins(0, 0, 0, 0);
 
+    m_ui->tableWidget->setHorizontalHeader(new ObjectsTableHeader(m_ui->tableWidget));
     QHeaderView* header = m_ui->tableWidget->horizontalHeader();
     header->setSectionResizeMode(QHeaderView::Stretch);
     header->setSectionResizeMode(IdColumn, QHeaderView::ResizeToContents);
@@ -125,7 +127,7 @@ void ObjectsTableWidget::addObject(quint8 id, double xSpeed, double ySpeed, doub
     if (!m_hasUpdateTimeText || lastDetected != m_lastUpdateTime) {
         m_hasUpdateTimeText = true;
         m_lastUpdateTime = lastDetected;
-        m_lastUpdateTimeText = updateTimeText(lastDetected);
+        m_lastUpdateTimeText = LocalTimeOfDay::text(m_localTime.msecs(lastDetected));
     }
     insertObjectRow(m_ui->tableWidget, m_ui->tableWidget->rowCount(), m_paintObjects, id, xSpeed,
                     ySpeed, xRange, yRange, length, m_lastUpdateTimeText);
@@ -134,11 +136,6 @@ void ObjectsTableWidget::addObject(quint8 id, double xSpeed, double ySpeed, doub
 void ObjectsTableWidget::finishFilling()
 {
     setUpdatesEnabled(true);
-}
-
-QString ObjectsTableWidget::updateTimeText(const QDateTime& lastDetected)
-{
-    return lastDetected.toLocalTime().time().toString(UpdateTimeFormat);
 }
 
 QString ObjectsTableWidget::valueText(int column, double value)

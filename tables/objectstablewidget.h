@@ -1,6 +1,7 @@
 #pragma once
 
 #include "groupedwidget.h"
+#include "localtimeofday.h"
 
 #include <QDateTime>
 
@@ -34,8 +35,6 @@ public:
 
     QTableWidget* tableWidget() const;
 
-    // The update time as the table shows it: the local time of day.
-    static QString updateTimeText(const QDateTime& lastDetected);
     // The text of a value cell (X speed to length) from the value in m/s or m.
     static QString valueText(int column, double value);
     // The translated header text of a column; the history table shows the same.
@@ -67,4 +66,5 @@ private:
     bool m_hasUpdateTimeText = false;
     QDateTime m_lastUpdateTime;
     QString m_lastUpdateTimeText;
+    LocalTimeOfDay m_localTime;
 };

@@ -27,6 +27,7 @@ private slots:
     void startsDisabledWithoutMarginInABox();
     void cellFormats_data();
     void cellFormats();
+    void updateTimeAcrossClockChanges();
     void oneRowPerObjectInArrivalOrder();
     void idCellColours_data();
     void idCellColours();
@@ -128,6 +129,33 @@ void tst_ObjectsTableWidget::cellFormats()
     }
 }
 
+void tst_ObjectsTableWidget::updateTimeAcrossClockChanges()
+{
+    // Central European time; summer time begins on 29 March 2026 at 01:00 UTC.
+    qputenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
+    tzset();
+    const struct
+    {
+        QDateTime utc;
+        const char* shown;
+    } stamps[] = {
+        {QDateTime(QDate(2026, 3, 28), QTime(23, 30), Qt::UTC), "00:30:00.000"},
+        {QDateTime(QDate(2026, 3, 29), QTime(0, 59, 59, 999), Qt::UTC), "01:59:59.999"},
+        {QDateTime(QDate(2026, 3, 29), QTime(1, 0), Qt::UTC), "03:00:00.000"},
+        {QDateTime(QDate(2026, 3, 29), QTime(1, 14, 59, 999), Qt::UTC), "03:14:59.999"},
+        {QDateTime(QDate(1969, 12, 31), QTime(23, 59, 59, 500), Qt::UTC), "00:59:59.500"},
+    };
+    for (const auto& stamp : stamps) {
+        m_widget->startFilling();
+        m_widget->addObject(7, 0, 0, 0, 0, 0, stamp.utc);
+        m_widget->finishFilling();
+        QCOMPARE(m_table->item(0, ObjectsTableWidget::UpdatedColumn)->text(),
+                 QString::fromLatin1(stamp.shown));
+    }
+    qputenv("TZ", "<+03>-3");
+    tzset();
+}
+
 void tst_ObjectsTableWidget::oneRowPerObjectInArrivalOrder()
 {
     frame({9, 200, 3});
@@ -219,6 +247,27 @@ void tst_ObjectsTableWidget::cellsAsDrawn()
         = m_table->palette().color(QPalette::Active, QPalette::HighlightedText).rgb();
     QVERIFY(selected.value(highlight) > 0 && selected.value(highlightedText) > 0);
     QVERIFY(plain.value(highlight) == 0 && plain.size() > 1);
+
+    // A number's ink sits in the middle of its cell, neither above nor below it.
+    const QRect cell = m_table->visualItemRect(m_table->item(0, 1));
+    const QRgb base = image.pixel(cell.center().x(), cell.top() + 1);
+    int top = cell.bottom(), bottom = cell.top();
+    for (int y = cell.top(); y < cell.bottom(); ++y) {
+        for (int x = cell.left(); x < cell.right(); ++x) {
+            if (image.pixel(x, y) != base) {
+                top = std::min(top, y);
+                bottom = std::max(bottom, y);
+            }
+        }
+    }
+    const int descent = m_table->fontMetrics().descent();
+    QVERIFY2(top <= bottom
+                 && std::abs((top - cell.top()) - (cell.bottom() - bottom)) <= descent + 2,
+             qPrintable(QStringLiteral("ink rows %1..%2 in cell rows %3..%4")
+                            .arg(top)
+                            .arg(bottom)
+                            .arg(cell.top())
+                            .arg(cell.bottom())));
 }
 
 void tst_ObjectsTableWidget::nonWorkingStateEmptiesAndDisables_data()
@@ -250,7 +299,8 @@ void tst_ObjectsTableWidget::columnsFitTheirTexts_data()
     QTest::addColumn<QString>("catalogue"); // none: the program's own English
     QTest::addColumn<QString>("speedHeader");
     QTest::newRow("English") << QString() << "X speed, km/h";
-    QTest::newRow("German") << "orvex-road-app-gui_de" << "vX, km/h";
+    QTest::newRow("German") << "orvex-road-app-gui_de"
+                            << "vX, km/h";
 }
 
 void tst_ObjectsTableWidget::columnsFitTheirTexts()

@@ -1,6 +1,7 @@
 #include "advancedcombobox.h"
 #include "collapsiblegroupbox.h"
 #include "groupedwidget.h"
+#include "repaintpacer.h"
 #include "standalonewidget.h"
 #include "statelabel.h"
 
@@ -28,6 +29,7 @@ private slots:
     void standaloneWindows_data();
     void standaloneWindows();
     void stateLabel();
+    void repaintsPacedToTheScreen();
 };
 
 void tst_Widgets::comboSelectsByData()
@@ -305,6 +307,49 @@ void tst_Widgets::stateLabel()
     label.setText(QStringLiteral("x"));
     label.adjustSize();
     QVERIFY(label.width() > 120);
+}
+
+void tst_Widgets::repaintsPacedToTheScreen()
+{
+    // A window that asks for a repaint on every turn of the event loop, as a replay far
+    // faster than the radar does.
+    class Counting : public QWidget
+    {
+    public:
+        int paints = 0;
+        int asked = 0;
+        int shown = -1;
+
+    protected:
+        void paintEvent(QPaintEvent*) override
+        {
+            ++paints;
+            shown = asked;
+        }
+    } window;
+    RepaintPacer pacer;
+    qApp->installEventFilter(&pacer);
+    window.resize(100, 100);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+    const int interval = RepaintPacer::minimumIntervalMs(&window);
+    QVERIFY(interval >= 3 && interval <= 41);
+    window.paints = 0;
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 20 * interval) {
+        ++window.asked;
+        window.update();
+        QCoreApplication::processEvents();
+    }
+    const qint64 elapsed = clock.elapsed();
+    // Never more than one picture per refresh, yet pictures all along ...
+    QVERIFY2(window.paints <= elapsed / interval + 2 && window.paints >= 5,
+             qPrintable(QStringLiteral("%1 paints in %2 ms").arg(window.paints).arg(elapsed)));
+    QVERIFY(window.asked > 4 * window.paints);
+    // ... and the request held back last is painted too.
+    QTRY_COMPARE(window.shown, window.asked);
 }
 
 QTEST_MAIN(tst_Widgets)
