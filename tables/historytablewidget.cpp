@@ -25,6 +25,16 @@ HistoryTableWidget::HistoryTableWidget(QWidget* parent, Qt::WindowFlags flags)
     m_ui->setupUi(this);
     QTableView* table = m_ui->tableView;
     table->setModel(m_model);
+    // Every frame moves rows, which the model announces as one layout change. Before it,
+    // the row header walks all its (up to 100000) rows to remember the resized and hidden
+    // ones, and finds none: the rows are all alike and the header is not even shown. After
+    // the change it still takes the new row count. (Qt's own slot, so named by its text.)
+    QObject::disconnect(m_model,
+                        SIGNAL(layoutAboutToBeChanged(QList<QPersistentModelIndex>,
+                                                      QAbstractItemModel::LayoutChangeHint)),
+                        table->verticalHeader(),
+                        SLOT(_q_sectionsAboutToBeChanged(QList<QPersistentModelIndex>,
+                                                         QAbstractItemModel::LayoutChangeHint)));
     table->setItemDelegate(new ObjectsTableDelegate(table));
     table->setHorizontalHeader(new ObjectsTableHeader(table));
     QHeaderView* header = table->horizontalHeader();

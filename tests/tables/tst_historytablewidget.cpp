@@ -2,6 +2,7 @@
 #include "historytablewidget.h"
 #include "questionanswerer.h"
 
+#include <QHeaderView>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTableView>
@@ -209,6 +210,7 @@ void tst_HistoryTableWidget::selectionStaysOnItsRow()
     frame("3");
     QCOMPARE(view->currentIndex().row(), m_history->model()->rowCount() - 1);
     QCOMPARE(bar->value(), bar->maximum());
+    QCOMPARE(view->verticalHeader()->count(), m_history->model()->rowCount());
 }
 
 void tst_HistoryTableWidget::saveToFile_data()
