@@ -3,8 +3,6 @@
 #include "iorvexclient.h"
 #include "roadmetatypes.h"
 
-#include <QLineF>
-
 #include <algorithm>
 #include <cmath>
 
@@ -16,7 +14,12 @@ ObjectsHelper::ObjectsHelper(QObject* parent)
 
 double ObjectsHelper::calcDistance(const QPointF& a, const QPointF& b)
 {
-    return QLineF(a, b).length();
+    // Road coordinates are bounded where they enter, so the plain root cannot overflow;
+    // hypot's care for that costs several times as much, for every object against every
+    // nearby track point.
+    const double dx = b.x() - a.x();
+    const double dy = b.y() - a.y();
+    return std::sqrt(dx * dx + dy * dy);
 }
 
 void ObjectsHelper::startFilling()

@@ -8,6 +8,9 @@
 namespace {
 constexpr int RateDecimals = 1;
 
+// The value labels grow by this many characters' widths at a time.
+constexpr int ValueWidthStep = 4;
+
 QString twoDigits(int value)
 {
     return QStringLiteral("%1").arg(value, 2, 10, QLatin1Char('0'));
@@ -76,7 +79,7 @@ void GeneralInfoWidget::showUptimeInfo(int days, int hours, int minutes, int sec
     const QString timeOfDay = QStringLiteral("%1:%2:%3.%4")
                                   .arg(twoDigits(hours), twoDigits(minutes), twoDigits(seconds))
                                   .arg(milliseconds, 3, 10, QLatin1Char('0'));
-    m_uptimeValueLabel->setText(tr("%1 day(s) %2").arg(days).arg(timeOfDay));
+    doShowValue(m_uptimeValueLabel, tr("%1 day(s) %2").arg(days).arg(timeOfDay));
 }
 
 void GeneralInfoWidget::showCycleNumber(quint64 number)
@@ -91,5 +94,19 @@ void GeneralInfoWidget::showCycleNumber(quint64 number)
     QString text = QString::number(number);
     if (m_online && m_cycleRate > 0.0)
         text += tr(" (%1 c/s)").arg(m_cycleRate, 0, 'f', RateDecimals);
-    m_cycleNumberValueLabel->setText(text);
+    doShowValue(m_cycleNumberValueLabel, text);
+}
+
+void GeneralInfoWidget::doShowValue(QLabel* label, const QString& text)
+{
+    // Both values change with every radar frame. A label whose size is fixed changes its
+    // text without asking the whole window for a new layout; it only grows (by a few
+    // characters at a time) when a text is wider than it.
+    const QFontMetrics metrics = label->fontMetrics();
+    const int width = metrics.horizontalAdvance(text);
+    if (width > label->maximumWidth() || label->minimumWidth() != label->maximumWidth()) {
+        const int step = ValueWidthStep * metrics.averageCharWidth();
+        label->setFixedSize((width / step + 1) * step, metrics.height());
+    }
+    label->setText(text);
 }

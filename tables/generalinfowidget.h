@@ -29,6 +29,8 @@ public slots:
     void showCycleNumber(quint64 number);
 
 private:
+    static void doShowValue(QLabel* label, const QString& text);
+
     QLabel* m_uptimeValueLabel = nullptr;
     QLabel* m_cycleNumberValueLabel = nullptr;
     QDateTime m_frameTime;

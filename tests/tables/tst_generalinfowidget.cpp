@@ -19,6 +19,7 @@ private slots:
     void cycleRate();
     void uptime_data();
     void uptime();
+    void newValuesNeedNoNewLayout();
 
 private:
     QString text(const char* label) const { return m_box->findChild<QLabel*>(label)->text(); }
@@ -115,6 +116,37 @@ void tst_GeneralInfoWidget::uptime()
     QCOMPARE(m_box->isEnabled(), !shown.isEmpty());
     QCOMPARE(text("uptimeLabel"), QString("Internal time (uptime)"));
     QCOMPARE(text("cycleNumberLabel"), QString("Measure cycle number"));
+}
+
+void tst_GeneralInfoWidget::newValuesNeedNoNewLayout()
+{
+    // The values change with every frame; the window around them must not be laid out
+    // anew each time, yet a longer value is shown whole.
+    struct LayoutRequests : QObject
+    {
+        int count = 0;
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            count += event->type() == QEvent::LayoutRequest;
+            return false;
+        }
+    } requests;
+    m_box->show();
+    m_widget->showRadarState(2);
+    m_widget->showUptimeInfo(0, 1, 2, 3, 4);
+    m_widget->showCycleNumber(100);
+    QCoreApplication::processEvents();
+    m_box->installEventFilter(&requests);
+    m_widget->installEventFilter(&requests);
+    for (int cycle = 101; cycle < 120; ++cycle) {
+        m_widget->showUptimeInfo(0, 1, 2, 3, cycle);
+        m_widget->showCycleNumber(quint64(cycle));
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(requests.count, 0);
+    m_widget->showCycleNumber(1234567890123ULL);
+    const QLabel* value = m_box->findChild<QLabel*>("cycleNumberValueLabel");
+    QVERIFY(value->width() >= value->fontMetrics().horizontalAdvance(value->text()));
 }
 
 QTEST_MAIN(tst_GeneralInfoWidget)
