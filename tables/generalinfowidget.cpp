@@ -59,12 +59,15 @@ void GeneralInfoWidget::showRadarState(int state)
 
 void GeneralInfoWidget::startFilling()
 {
-    setUpdatesEnabled(false);
+    // Only the two values change with a frame; their captions are not drawn again.
+    m_uptimeValueLabel->setUpdatesEnabled(false);
+    m_cycleNumberValueLabel->setUpdatesEnabled(false);
 }
 
 void GeneralInfoWidget::finishFilling()
 {
-    setUpdatesEnabled(true);
+    m_uptimeValueLabel->setUpdatesEnabled(true);
+    m_cycleNumberValueLabel->setUpdatesEnabled(true);
 }
 
 void GeneralInfoWidget::setFrameDateTimeUtc(const QDateTime& dateTime)

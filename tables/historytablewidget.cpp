@@ -80,7 +80,7 @@ void HistoryTableWidget::setEnabled(bool enabled)
         m_paused = true;
     }
     // A frame cut short here must not leave the window frozen.
-    setUpdatesEnabled(true);
+    m_ui->tableView->viewport()->setUpdatesEnabled(true);
     StandaloneWidget::setEnabled(enabled);
 }
 
@@ -93,7 +93,9 @@ void HistoryTableWidget::startFilling()
 {
     if (m_paused)
         return;
-    setUpdatesEnabled(false);
+    // Only the rows change with a frame: the buttons, header and scroll bar are not
+    // drawn again for it.
+    m_ui->tableView->viewport()->setUpdatesEnabled(false);
     m_seenIds.reset();
 }
 
@@ -169,7 +171,7 @@ void HistoryTableWidget::finishFilling()
         table->setCurrentIndex(m_model->index(m_model->rowCount() - 1, 0));
         table->scrollToBottom();
     }
-    setUpdatesEnabled(true);
+    m_ui->tableView->viewport()->setUpdatesEnabled(true);
 }
 
 void HistoryTableWidget::onPauseToggled(bool checked)
@@ -181,7 +183,7 @@ void HistoryTableWidget::onPauseToggled(bool checked)
     m_ui->pauseWorkButton->setText(checked ? tr("Continue") : tr("Pause"));
     // A frame cut short by the pause is shown as it stands.
     m_model->finishChanges();
-    setUpdatesEnabled(true);
+    m_ui->tableView->viewport()->setUpdatesEnabled(true);
 }
 
 void HistoryTableWidget::onScrolled(int value)

@@ -117,7 +117,9 @@ void ObjectsTableWidget::showRadarState(int state)
 
 void ObjectsTableWidget::startFilling()
 {
-    setUpdatesEnabled(false);
+    // Only the rows change with a frame: the header, frame and scroll bar are not drawn
+    // again for it.
+    m_ui->tableWidget->viewport()->setUpdatesEnabled(false);
     m_ui->tableWidget->setRowCount(0);
 }
 
@@ -135,7 +137,7 @@ void ObjectsTableWidget::addObject(quint8 id, double xSpeed, double ySpeed, doub
 
 void ObjectsTableWidget::finishFilling()
 {
-    setUpdatesEnabled(true);
+    m_ui->tableWidget->viewport()->setUpdatesEnabled(true);
 }
 
 QString ObjectsTableWidget::valueText(int column, double value)

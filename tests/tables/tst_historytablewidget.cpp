@@ -154,7 +154,7 @@ void tst_HistoryTableWidget::log()
     }
     QCOMPARE(rows(), expected);
     QCOMPARE(pause->text(), pause->isChecked() ? QString("Continue") : QString("Pause"));
-    QVERIFY(m_history->updatesEnabled());
+    QVERIFY(m_history->tableView()->viewport()->updatesEnabled());
 }
 
 void tst_HistoryTableWidget::capDropsTheOldestRows()

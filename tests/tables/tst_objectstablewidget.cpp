@@ -159,15 +159,15 @@ void tst_ObjectsTableWidget::updateTimeAcrossClockChanges()
 void tst_ObjectsTableWidget::oneRowPerObjectInArrivalOrder()
 {
     frame({9, 200, 3});
-    // Screen updates stay off for the whole frame, so that it is drawn once.
+    // The rows are not drawn until the frame is complete, so that it is drawn once.
     m_widget->startFilling();
-    QVERIFY(!m_widget->updatesEnabled());
+    QVERIFY(!m_table->viewport()->updatesEnabled());
     QCOMPARE(m_table->rowCount(), 0);
     for (quint8 id : {5, 3, 5}) // the same id twice in one frame shows twice
         m_widget->addObject(id, 0, 0, 0, 0, 0, SomeTime.addMSecs(id));
-    QVERIFY(!m_widget->updatesEnabled());
+    QVERIFY(!m_table->viewport()->updatesEnabled());
     m_widget->finishFilling();
-    QVERIFY(m_widget->updatesEnabled());
+    QVERIFY(m_table->viewport()->updatesEnabled());
     QStringList idsAndTimes;
     for (int row = 0; row < m_table->rowCount(); ++row)
         idsAndTimes << rowTexts(row)[0] + " " + rowTexts(row)[6];
@@ -288,7 +288,7 @@ void tst_ObjectsTableWidget::nonWorkingStateEmptiesAndDisables()
     m_widget->addObject(3, 0, 0, 0, 0, 0, SomeTime);
     m_widget->showRadarState(state);
     QCOMPARE(m_table->rowCount(), 0);
-    QVERIFY(m_widget->updatesEnabled());
+    QVERIFY(m_table->viewport()->updatesEnabled());
     QVERIFY(!m_box->isEnabled()); // the enclosing box greys out with the table
     m_widget->showRadarState(Working);
     QVERIFY(m_box->isEnabled());
