@@ -120,7 +120,10 @@ void ObjectsTableWidget::startFilling()
     // Only the rows change with a frame: the header, frame and scroll bar are not drawn
     // again for it.
     m_ui->tableWidget->viewport()->setUpdatesEnabled(false);
-    m_ui->tableWidget->setRowCount(0);
+    // The rows of the last frame are filled anew and the surplus removed at the frame's
+    // end: emptying the table and creating every cell again cost more than the rest of
+    // the frame's intake together, at hundreds of items per frame.
+    m_filledRows = 0;
 }
 
 void ObjectsTableWidget::addObject(quint8 id, double xSpeed, double ySpeed, double xRange,
@@ -131,12 +134,17 @@ void ObjectsTableWidget::addObject(quint8 id, double xSpeed, double ySpeed, doub
         m_lastUpdateTime = lastDetected;
         m_lastUpdateTimeText = LocalTimeOfDay::text(m_localTime.msecs(lastDetected));
     }
-    insertObjectRow(m_ui->tableWidget, m_ui->tableWidget->rowCount(), m_paintObjects, id, xSpeed,
-                    ySpeed, xRange, yRange, length, m_lastUpdateTimeText);
+    QTableWidget* table = m_ui->tableWidget;
+    const int row = m_filledRows++;
+    if (row >= table->rowCount())
+        table->insertRow(row);
+    fillObjectRow(table, row, m_paintObjects, id, xSpeed, ySpeed, xRange, yRange, length,
+                  m_lastUpdateTimeText);
 }
 
 void ObjectsTableWidget::finishFilling()
 {
+    m_ui->tableWidget->setRowCount(m_filledRows);
     m_ui->tableWidget->viewport()->setUpdatesEnabled(true);
 }
 
@@ -159,9 +167,9 @@ QString ObjectsTableWidget::headerText(int column)
     return QCoreApplication::translate("ObjectsTableWidget", HeaderTexts[column]);
 }
 
-void ObjectsTableWidget::insertObjectRow(QTableWidget* table, int row, bool paintObjects, quint8 id,
-                                         double xSpeed, double ySpeed, double xRange, double yRange,
-                                         double length, const QString& updateTime)
+void ObjectsTableWidget::fillObjectRow(QTableWidget* table, int row, bool paintObjects, quint8 id,
+                                       double xSpeed, double ySpeed, double xRange, double yRange,
+                                       double length, const QString& updateTime)
 {
     const QString texts[ColumnCount] = {
         QString::number(id),
@@ -176,7 +184,6 @@ void ObjectsTableWidget::insertObjectRow(QTableWidget* table, int row, bool pain
     // the colours of entry 0.
     const quint8 colorIndex = paintObjects ? id : 0;
 
-    table->insertRow(row);
     for (int column = 0; column < table->columnCount(); ++column) {
         QTableWidgetItem* item = table->item(row, column);
         const bool created = !item;

@@ -39,11 +39,11 @@ public:
     static QString valueText(int column, double value);
     // The translated header text of a column; the history table shows the same.
     static QString headerText(int column);
-    // Inserts and fills one row of any table with these columns: the history table shows
-    // its rows exactly as this one does.
-    static void insertObjectRow(QTableWidget* table, int row, bool paintObjects, quint8 id,
-                                double xSpeed, double ySpeed, double xRange, double yRange,
-                                double length, const QString& updateTime);
+    // Fills one existing row of a table with these columns, creating the items of its
+    // empty cells.
+    static void fillObjectRow(QTableWidget* table, int row, bool paintObjects, quint8 id,
+                              double xSpeed, double ySpeed, double xRange, double yRange,
+                              double length, const QString& updateTime);
 
 public slots:
     void setPaintObjects(bool paintObjects);
@@ -61,6 +61,8 @@ private:
 
     Ui::ObjectsTableWidget* m_ui = nullptr;
     bool m_paintObjects = false;
+    // Rows filled in the current frame.
+    int m_filledRows = 0;
     // The objects of one frame mostly share their update time; converting it to local
     // time once per frame instead of once per object saves most of the cost of a row.
     bool m_hasUpdateTimeText = false;
