@@ -1,22 +1,23 @@
-#include "inputdialoganswerer.h"
+#include "cmdhandler.h"
+#include "cmdstatelabel.h"
 #include "iorvexclient.h"
 #include "mainwindow.h"
 #include "mainwindowfixture.h"
+#include "orvexserialpakorprotocolclient.h"
 #include "parstatelabel.h"
-#include "presetbutton.h"
+#include "questionanswerer.h"
 #include "radarparamnumbering.h"
-#include "readbackmark.h"
 #include "roadobjectswidget.h"
+#include "sendcommandswidget.h"
 #include "setpolygonwidget.h"
 #include "setpositionwidget.h"
 #include "simulatorprocess.h"
 
 #include <QAction>
 #include <QDoubleSpinBox>
-#include <QHBoxLayout>
-#include <QJsonArray>
+#include <QPointer>
 #include <QPushButton>
-#include <QToolButton>
+#include <QSpinBox>
 #include <QtTest>
 
 #include <memory>
@@ -24,10 +25,10 @@
 using C = IOrvexClient;
 using L = ParStateLabel;
 
-// The position and limitations boxes of the main window, end to end against one radar
-// server simulator: what is written reads back and reaches the scheme, values beyond
-// the boxes' ranges show as the radar reports them, and the presets outlive the
-// program through its settings file.
+// The radar boxes of the main window, end to end against one radar server simulator:
+// what the position, limitations and tuning boxes write reads back and reaches the
+// scheme, and a protocol switch re-wires the boxes without leaving a label hanging.
+// The boxes' own rules are checked on the panels alone; here only their wiring.
 class tst_MainWindowPosition : public QObject
 {
     Q_OBJECT
@@ -38,15 +39,12 @@ private slots:
     void cleanup();
 
     void positionAndAreaRoundTrip();
-    void readBackBeyondTheRanges();
-    void presetsOutliveTheProgram();
+    void tuningRoundTrip();
+    void protocolSwitchWhileACommandIsInFlight();
 
 private:
     // The window on one profile pointed at the simulator.
-    bool openWindow(bool autoGetData = true)
-    {
-        return m_fx->open(m_sim->url(), {{"data", QJsonObject{{"auto_get_data", autoGetData}}}});
-    }
+    bool openWindow() { return m_fx->open(m_sim->url()); }
     bool waitForWorking() const;
     void waitForLabels(const QStringList& names, int state) const;
     // The camera editor has offset boxes of the same names: look inside the two panels.
@@ -55,13 +53,15 @@ private:
         auto* box = position()->findChild<QDoubleSpinBox*>(name + "Spin");
         return box ? box : limitations()->findChild<QDoubleSpinBox*>(name + "Spin");
     }
+    QPushButton* button(const char* name) const
+    {
+        return m_fx->window->findChild<QPushButton*>(name);
+    }
     void setSpins(const QStringList& names, const QList<double>& values) const;
     QList<double> spinValues(const QStringList& names) const;
-    QStringList presetNames(const QString& panel) const;
     SetPositionWidget* position() const { return m_fx->window->findChild<SetPositionWidget*>(); }
     SetPolygonWidget* limitations() const { return m_fx->window->findChild<SetPolygonWidget*>(); }
     RoadObjectsWidget* scheme() const { return m_fx->window->findChild<RoadObjectsWidget*>(); }
-    QJsonObject savedPresets() const { return m_fx->savedValue("presets").toObject(); }
 
     std::unique_ptr<SimulatorProcess> m_sim;
     std::unique_ptr<MainWindowFixture> m_fx;
@@ -119,16 +119,6 @@ QList<double> tst_MainWindowPosition::spinValues(const QStringList& names) const
     return values;
 }
 
-QStringList tst_MainWindowPosition::presetNames(const QString& panel) const
-{
-    QStringList names;
-    const QWidget* p = panel == "position" ? static_cast<QWidget*>(position()) : limitations();
-    const QLayout* row = p->findChild<QHBoxLayout*>("presetButtonsLayout");
-    for (int i = 0; i < row->count(); ++i)
-        names << qobject_cast<PresetButton*>(row->itemAt(i)->widget())->text();
-    return names;
-}
-
 void tst_MainWindowPosition::positionAndAreaRoundTrip()
 {
     QVERIFY(openWindow());
@@ -144,13 +134,13 @@ void tst_MainWindowPosition::positionAndAreaRoundTrip()
     // Written: the scheme shows the new position at once, before the radar confirms it.
     const QList<double> pose{7.25, 1.5, -8, 4.5, -2, 1};
     setSpins(Pose, pose);
-    m_fx->window->findChild<QPushButton*>("setPositionButton")->click();
+    button("setPositionButton")->click();
     QCOMPARE(scheme()->radarPosition(), QPointF(1.5, -8));
     QCOMPARE(scheme()->radarAzimuth(), 4.5);
     waitForLabels(Pose, L::CommandReceived);
     setSpins(Pose, {1, 1, 1, 1, 1, 1});
     QTRY_VERIFY(position()->isEnabled());
-    m_fx->window->findChild<QPushButton*>("getPositionButton")->click();
+    button("getPositionButton")->click();
     waitForLabels(Pose, L::ReceivedFromRadar);
     QCOMPARE(spinValues(Pose), pose);
 
@@ -158,7 +148,7 @@ void tst_MainWindowPosition::positionAndAreaRoundTrip()
     // into use; read back, the scheme draws it.
     QSignalSpy steps(m_fx->window->radarClient(), &C::radarCommandStateChanged);
     setSpins(Bounds, {2, 60, 0.5, 15, 10, 150, -6, 4});
-    m_fx->window->findChild<QPushButton*>("setPolygonButton")->click();
+    button("setPolygonButton")->click();
     using P = RadarParamNumbering;
     QList<int> expected;
     for (int p : {0, 1, 2, 3})
@@ -176,87 +166,63 @@ void tst_MainWindowPosition::positionAndAreaRoundTrip()
     waitForLabels(Bounds, L::CommandReceived);
     QTRY_VERIFY(limitations()->isEnabled());
     setSpins(Bounds, {0, 10, 0, 10, 0, 50, 0, 0});
-    m_fx->window->findChild<QPushButton*>("getPolygonButton")->click();
+    button("getPolygonButton")->click();
     waitForLabels(Bounds + QStringList{"pointCount"}, L::ReceivedFromRadar);
     QCOMPARE(spinValues(Bounds), (QList<double>{2, 60, 0.5, 15, 10, 150, -6, 4}));
     QCOMPARE(scheme()->roadLayer().limitation(), QRectF(QPointF(10, -6), QPointF(150, 4)));
 
     // Switched on, read back: the scheme fills the area.
-    QPushButton* enable = m_fx->window->findChild<QPushButton*>("enablePolygonButton");
+    QPushButton* enable = button("enablePolygonButton");
     enable->click();
     QTRY_VERIFY(scheme()->roadLayer().isLimitationInUse());
     QCOMPARE(enable->text(), QString("Disable limitations"));
     QCOMPARE(limitations()->usageMask(), quint8(1));
 }
 
-void tst_MainWindowPosition::readBackBeyondTheRanges()
-{
-    // Another program left the radar where these boxes cannot go.
-    QVERIFY(openWindow(false));
-    QVERIFY(waitForWorking());
-    C* client = m_fx->window->radarClient();
-    client->sendCmdSetPosition(30, 40, -26, 45, -90, 0.5);
-    client->sendCmdSetPolygonPointParam(0, 2, 300);
-    client->sendCmdSetPolygonSpeedParam(0, 1, 150);
-    QTRY_COMPARE_WITH_TIMEOUT(client->lastRadarCommand(), 0, 10000);
-
-    m_fx->window->findChild<QPushButton*>("getPositionButton")->click();
-    m_fx->window->findChild<QPushButton*>("getPolygonButton")->click();
-    waitForLabels(Pose + Bounds, L::ReceivedFromRadar);
-    QCOMPARE(spinValues(Pose), (QList<double>{20, 25, -25, 30, -30, 0.5}));
-    QCOMPARE(ReadBackMark::reportedValue(spin("height")), QVariant(30.0));
-    QCOMPARE(ReadBackMark::reportedValue(spin("altitude")), QVariant(-90.0));
-    QVERIFY(ReadBackMark::reportedValue(spin("roll")).isNull());
-    QCOMPARE(spin("posXmax")->value(), 250.0);
-    QCOMPARE(ReadBackMark::reportedValue(spin("posXmax")), QVariant(300.0));
-    QCOMPARE(ReadBackMark::reportedValue(spin("spdXmax")), QVariant(150.0));
-    // The scheme hears the radar itself, unclamped.
-    QCOMPARE(scheme()->radarPosition(), QPointF(40, -26));
-    QCOMPARE(scheme()->roadLayer().limitation().right(), 300.0);
-}
-
-void tst_MainWindowPosition::presetsOutliveTheProgram()
+void tst_MainWindowPosition::tuningRoundTrip()
 {
     QVERIFY(openWindow());
     QVERIFY(waitForWorking());
-    QCOMPARE(presetNames("position"), QStringList{"Default preset"});
-    waitForLabels(Pose, L::ReceivedFromRadar); // the radar's values, read at the start
-    spin("height")->setValue(7);
-    const double yOffset = spin("yOffset")->value();
-    {
-        InputDialogAnswerer answerer({"Mast 7 m"});
-        m_fx->window->findChild<SetPositionWidget*>()
-            ->findChild<QToolButton*>("addPresetButton")
-            ->click();
-        QCOMPARE(answerer.count, 1);
-    }
-    spin("posYmin")->setValue(-20);
-    {
-        InputDialogAnswerer answerer({"Wide"});
-        limitations()->findChild<QToolButton*>("addPresetButton")->click();
-        QCOMPARE(answerer.count, 1);
-    }
-    // Automatic reading switched off from the menu: the next start leaves the boxes alone.
-    m_fx->menuAction("&Automatically get data when radar starts working")->trigger();
-    QVERIFY(m_fx->window->close());
-    m_fx->window.reset();
-    QCOMPARE(savedPresets().value("position_presets").toArray().size(), 2);
+    const QStringList tuning{"frequencyId", "sensitivity"};
+    waitForLabels(tuning, L::ReceivedFromRadar); // read as the radar started working
+    auto* frequency = m_fx->window->findChild<QSpinBox*>("frequencyIdSpin");
+    frequency->setValue(13);
+    button("setTuningParamsButton")->click();
+    waitForLabels(tuning, L::CommandReceived);
+    frequency->setValue(0);
+    QTRY_VERIFY(button("getTuningParamsButton")->isEnabled());
+    button("getTuningParamsButton")->click();
+    waitForLabels(tuning, L::ReceivedFromRadar);
+    QCOMPARE(frequency->value(), 13);
+}
 
-    QVERIFY(m_fx->reopen());
-    QVERIFY(waitForWorking());
-    QCOMPARE(presetNames("position"), (QStringList{"Default preset", "Mast 7 m"}));
-    QCOMPARE(presetNames("limitations"), (QStringList{"Default preset", "Wide"}));
-    QVERIFY(!QTest::qWaitFor([this] { return spin("height")->value() != 5.0; }, 500));
-    QCOMPARE(m_fx->window->findChild<L*>("heightResultLabel")->state(), int(L::Cleared));
-    qobject_cast<PresetButton*>(
-        position()->findChild<QHBoxLayout*>("presetButtonsLayout")->itemAt(1)->widget())
-        ->click();
-    QCOMPARE(spin("height")->value(), 7.0);
-    QCOMPARE(spin("yOffset")->value(), yOffset); // as read back when the preset was added
-    qobject_cast<PresetButton*>(
-        limitations()->findChild<QHBoxLayout*>("presetButtonsLayout")->itemAt(1)->widget())
-        ->click();
-    QCOMPARE(spin("posYmin")->value(), -20.0);
+void tst_MainWindowPosition::protocolSwitchWhileACommandIsInFlight()
+{
+    // Last: the simulator speaks the other protocol afterwards.
+    QuestionAnswerer answerer(QMessageBox::Ok);
+    QVERIFY(openWindow());
+    auto* commands = m_fx->window->findChild<SendCommandsWidget*>();
+    QTRY_VERIFY_WITH_TIMEOUT(commands->isEnabled(), 20000);
+    QPointer<IOrvexClient> old = m_fx->window->radarClient();
+    auto* label = m_fx->window->findChild<QWidget*>("selfDiagnosticsStateWidget")
+                      ->findChild<CmdStateLabel*>();
+
+    button("selfDiagnosticsButton")->click();
+    QVERIFY(!label->isHidden() && commands->cmdHandler()->isWaiting());
+    m_fx->menuAction("&1. Serial, type P (SerP)")->trigger();
+    QVERIFY(qobject_cast<OrvexSerialPakorProtocolClient*>(m_fx->window->radarClient()));
+    QVERIFY(label->isHidden()); // dropped with the old client, not left in progress
+    QVERIFY(!commands->isEnabled());
+    QTRY_VERIFY(old.isNull());
+
+    // The server is told to switch; the new client gets the radar working again, and the
+    // old request opens no box.
+    QTRY_VERIFY_WITH_TIMEOUT(commands->isEnabled(), 10000);
+    QVERIFY(!QTest::qWaitFor([&answerer] { return answerer.count > 0; }, 300));
+    button("selfDiagnosticsButton")->click();
+    QTRY_COMPARE(answerer.count, 1);
+    QCOMPARE(answerer.title, QString("Radar self-diagnosis"));
+    QTRY_COMPARE(label->text(), QString("command received"));
 }
 
 QTEST_MAIN(tst_MainWindowPosition)

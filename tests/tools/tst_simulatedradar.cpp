@@ -50,6 +50,14 @@ void tst_SimulatedRadar::options_data()
         << QStringList{"--truth", "t.csv", "--replay", "r.orvrec"} << "";
     QTest::newRow("time scale of a relay")
         << QStringList{"--time-scale", "2", "--proxy", "ws://127.0.0.1:1/"} << "";
+    QTest::newRow("replay speed below 0.1") << QStringList{"--replay", "r", "--speed", "0.05"} << "";
+    QTest::newRow("replay speed above 100") << QStringList{"--replay", "r", "--speed", "101"} << "";
+    QTest::newRow("replay to before from")
+        << QStringList{"--replay", "r", "--from", "2", "--to", "1"} << "";
+    QTest::newRow("loop without replay") << QStringList{"--loop"} << "";
+    QTest::newRow("replay and relay at once")
+        << QStringList{"--replay", "r", "--proxy", "ws://127.0.0.1:1/"} << "";
+    QTest::newRow("relay to a web page") << QStringList{"--proxy", "http://127.0.0.1:1/"} << "";
 }
 
 void tst_SimulatedRadar::options()

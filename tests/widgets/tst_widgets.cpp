@@ -37,6 +37,8 @@ void tst_Widgets::comboSelectsByData()
     AdvancedComboBox combo;
     for (auto [text, data] : {std::pair{"a", 10}, {"b", 20}, {"c", 20}, {"d", 30}})
         combo.addItem(text, data);
+    QVERIFY(combo.setCurrentIndexByItemData(30)); // the search reaches the last item
+    QCOMPARE(combo.currentIndex(), 3);
     QVERIFY(combo.setCurrentIndexByItemData(20)); // equal data: the lower index
     QCOMPARE(combo.currentIndex(), 1);
     QVERIFY(combo.setCurrentIndexByItemData("c", Qt::DisplayRole));
