@@ -2,6 +2,7 @@
 
 #include "iorvexclient.h"
 
+#include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
 
@@ -44,6 +45,16 @@ GeneralInfoWidget::GeneralInfoWidget(QWidget* parent)
     showRadarState(IOrvexClient::Offline);
 }
 
+void GeneralInfoWidget::changeEvent(QEvent* event)
+{
+    GroupedWidget::changeEvent(event);
+    // Another font or language: the next values are measured again.
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::LanguageChange) {
+        m_uptimeFittedLength = 0;
+        m_cycleNumberFittedLength = 0;
+    }
+}
+
 void GeneralInfoWidget::showRadarState(int state)
 {
     m_online = IOrvexClient::isOnline(state);
@@ -82,7 +93,8 @@ void GeneralInfoWidget::showUptimeInfo(int days, int hours, int minutes, int sec
     const QString timeOfDay = QStringLiteral("%1:%2:%3.%4")
                                   .arg(twoDigits(hours), twoDigits(minutes), twoDigits(seconds))
                                   .arg(milliseconds, 3, 10, QLatin1Char('0'));
-    doShowValue(m_uptimeValueLabel, tr("%1 day(s) %2").arg(days).arg(timeOfDay));
+    doShowValue(m_uptimeValueLabel, m_uptimeFittedLength,
+                tr("%1 day(s) %2").arg(days).arg(timeOfDay));
 }
 
 void GeneralInfoWidget::showCycleNumber(quint64 number)
@@ -97,19 +109,23 @@ void GeneralInfoWidget::showCycleNumber(quint64 number)
     QString text = QString::number(number);
     if (m_online && m_cycleRate > 0.0)
         text += tr(" (%1 c/s)").arg(m_cycleRate, 0, 'f', RateDecimals);
-    doShowValue(m_cycleNumberValueLabel, text);
+    doShowValue(m_cycleNumberValueLabel, m_cycleNumberFittedLength, text);
 }
 
-void GeneralInfoWidget::doShowValue(QLabel* label, const QString& text)
+void GeneralInfoWidget::doShowValue(QLabel* label, int& fittedLength, const QString& text)
 {
     // Both values change with every radar frame. A label whose size is fixed changes its
     // text without asking the whole window for a new layout; it only grows (by a few
-    // characters at a time) when a text is wider than it.
-    const QFontMetrics metrics = label->fontMetrics();
-    const int width = metrics.horizontalAdvance(text);
-    if (width > label->maximumWidth() || label->minimumWidth() != label->maximumWidth()) {
-        const int step = ValueWidthStep * metrics.averageCharWidth();
-        label->setFixedSize((width / step + 1) * step, metrics.height());
+    // characters at a time) when a text is wider than it. Texts no longer than one that
+    // fitted are not even measured: their digits change, not their width.
+    if (text.size() > fittedLength || label->minimumWidth() != label->maximumWidth()) {
+        const QFontMetrics metrics = label->fontMetrics();
+        const int width = metrics.horizontalAdvance(text);
+        if (width > label->maximumWidth() || label->minimumWidth() != label->maximumWidth()) {
+            const int step = ValueWidthStep * metrics.averageCharWidth();
+            label->setFixedSize((width / step + 1) * step, metrics.height());
+        }
+        fittedLength = text.size();
     }
     label->setText(text);
 }

@@ -28,11 +28,17 @@ public slots:
     void showUptimeInfo(int days, int hours, int minutes, int seconds, int milliseconds);
     void showCycleNumber(quint64 number);
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
-    static void doShowValue(QLabel* label, const QString& text);
+    static void doShowValue(QLabel* label, int& fittedLength, const QString& text);
 
     QLabel* m_uptimeValueLabel = nullptr;
     QLabel* m_cycleNumberValueLabel = nullptr;
+    // The longest texts the value labels were last measured and sized for.
+    int m_uptimeFittedLength = 0;
+    int m_cycleNumberFittedLength = 0;
     QDateTime m_frameTime;
     QDateTime m_lastSampleTime;
     double m_cycleRate = 0.0; // cycles per second
