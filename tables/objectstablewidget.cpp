@@ -12,6 +12,7 @@
 #include <QEvent>
 #include <QHeaderView>
 #include <QScrollBar>
+#include <QSignalBlocker>
 
 #include <algorithm>
 #include <iterator>
@@ -136,16 +137,25 @@ void ObjectsTableWidget::addObject(quint8 id, double xSpeed, double ySpeed, doub
     }
     QTableWidget* table = m_ui->tableWidget;
     const int row = m_filledRows++;
-    if (row >= table->rowCount())
+    const bool reused = row < table->rowCount();
+    if (!reused)
         table->insertRow(row);
+    // A reused row changes nearly every cell; the views hear of all of them at once at
+    // the frame's end rather than of each cell.
+    const QSignalBlocker quiet(reused ? table->model() : nullptr);
     fillObjectRow(table, row, m_paintObjects, id, xSpeed, ySpeed, xRange, yRange, length,
                   m_lastUpdateTimeText);
 }
 
 void ObjectsTableWidget::finishFilling()
 {
-    m_ui->tableWidget->setRowCount(m_filledRows);
-    m_ui->tableWidget->viewport()->setUpdatesEnabled(true);
+    QTableWidget* table = m_ui->tableWidget;
+    table->setRowCount(m_filledRows);
+    QAbstractItemModel* model = table->model();
+    if (m_filledRows > 0)
+        emit model->dataChanged(model->index(0, 0),
+                                model->index(m_filledRows - 1, model->columnCount() - 1));
+    table->viewport()->setUpdatesEnabled(true);
 }
 
 QString ObjectsTableWidget::valueText(int column, double value)

@@ -161,6 +161,7 @@ void tst_ObjectsTableWidget::oneRowPerObjectInArrivalOrder()
     frame({9, 200, 3, 8});
     // The rows are not drawn until the frame is complete, so that it is drawn once; the
     // last frame's rows are filled anew and its surplus rows go.
+    QSignalSpy changed(m_table->model(), &QAbstractItemModel::dataChanged);
     m_widget->startFilling();
     QVERIFY(!m_table->viewport()->updatesEnabled());
     for (quint8 id : {5, 3, 5}) // the same id twice in one frame shows twice
@@ -168,6 +169,9 @@ void tst_ObjectsTableWidget::oneRowPerObjectInArrivalOrder()
     QVERIFY(!m_table->viewport()->updatesEnabled());
     m_widget->finishFilling();
     QVERIFY(m_table->viewport()->updatesEnabled());
+    // The model tells its views of the whole frame's rows at once.
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(changed[0][1].toModelIndex(), m_table->model()->index(2, 6));
     QStringList idsAndTimes;
     for (int row = 0; row < m_table->rowCount(); ++row)
         idsAndTimes << rowTexts(row)[0] + " " + rowTexts(row)[6];
