@@ -162,8 +162,8 @@ void runPaint(int frames)
     for (int f = 0; f < warm; ++f)
         frame(f);
     int longest = 0;
-    for (const QPolygon& track : view.tracks().screenTracks())
-        longest = std::max(longest, int(track.size()));
+    for (quint8 id : order)
+        longest = std::max(longest, int(view.tracks().screenTrack(id).size()));
 
     // Wall time, and the CPU time of this thread alone (the machine may be shared).
     std::vector<qint64> costs, cpuCosts;

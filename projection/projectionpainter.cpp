@@ -32,13 +32,13 @@ QPen linePen(const QColor& color, double width, Qt::PenStyle style = Qt::SolidLi
 
 } // namespace
 
-const std::array<QPoint, ProjectionPainter::AnimationCellCount> ProjectionPainter::AnimationTemplate{{
-    {0, 1},   {1, 1},   {2, 1},   {2, 0},   {2, -1},  {1, -1},  {0, -1},  {-1, -1},
-    {-1, 0},  {-1, 1},  {-1, 2},  {0, 2},   {1, 2},   {1, 1},   {1, 0},   {1, -1},
-    {0, -1},  {-1, -1}, {-2, -1}, {-2, 0},  {-2, 1},  {-1, 1},  {0, 1},   {1, 1},
-    {1, 0},   {1, -1},  {1, -2},  {0, -2},  {-1, -2}, {-1, -1}, {-1, 0},  {-1, 1},
-    {0, 1},   {1, 1},   {2, 1},   {2, 0},   {2, -1},  {1, -1},  {0, -1},  {-1, -1},
-}};
+const std::array<QPoint, ProjectionPainter::AnimationCellCount>
+    ProjectionPainter::AnimationTemplate{{
+        {0, 1},  {1, 1},  {2, 1}, {2, 0}, {2, -1}, {1, -1}, {0, -1}, {-1, -1}, {-1, 0},  {-1, 1},
+        {-1, 2}, {0, 2},  {1, 2}, {1, 1}, {1, 0},  {1, -1}, {0, -1}, {-1, -1}, {-2, -1}, {-2, 0},
+        {-2, 1}, {-1, 1}, {0, 1}, {1, 1}, {1, 0},  {1, -1}, {1, -2}, {0, -2},  {-1, -2}, {-1, -1},
+        {-1, 0}, {-1, 1}, {0, 1}, {1, 1}, {2, 1},  {2, 0},  {2, -1}, {1, -1},  {0, -1},  {-1, -1},
+    }};
 
 void ProjectionPainter::paint(QPainter& painter, const Scene& scene)
 {
@@ -142,13 +142,17 @@ void ProjectionPainter::doDrawTracks(const Scene& scene, qreal devicePixelRatio)
     const QTransform toPixels = QTransform::fromScale(devicePixelRatio, devicePixelRatio);
     // In display order: later ids paint over earlier ones.
     m_rasterizer.begin(&m_composed);
-    const QMap<quint8, QPolygon>& tracks = scene.tracks->screenTracks();
     for (quint8 id : scene.frame->sortedIds) {
-        const auto it = tracks.constFind(id);
-        if (it == tracks.cend() || it->size() < 2)
+        const QPoint* points = nullptr;
+        const int count = scene.tracks->screenPoints(id, &points);
+        if (count < 2)
             continue;
         const QRgb color = ObjectColor::base(scene.options.paintObjects ? id : 0).rgba();
-        m_rasterizer.drawTrack(devicePixelRatio == 1.0 ? *it : toPixels.map(*it), color);
+        if (devicePixelRatio == 1.0)
+            m_rasterizer.drawTrack(points, count, color);
+        else
+            m_rasterizer.drawTrack(toPixels.map(QPolygon(QVector<QPoint>(points, points + count))),
+                                   color);
     }
     m_tracksRects = m_rasterizer.touched();
 }

@@ -23,10 +23,26 @@ public:
     void clearScreen();
     void clear();
 
-    const QMap<quint8, QVector<QPointF>>& rawTracks() const { return m_rawTracks; }
-    const QMap<quint8, QPolygon>& screenTracks() const { return m_screenTracks; }
+    bool isEmpty() const { return m_tracks.isEmpty(); }
+    // An object's track in road points and in pixels, oldest first; empty without one.
+    QVector<QPointF> rawTrack(quint8 id) const;
+    QPolygon screenTrack(quint8 id) const;
+    // The pixel track of an object for drawing, without a copy: its point count, and its
+    // oldest point in `first`.
+    int screenPoints(quint8 id, const QPoint** first) const;
 
 private:
-    QMap<quint8, QVector<QPointF>> m_rawTracks;
-    QMap<quint8, QPolygon> m_screenTracks;
+    // A long track loses its oldest point with every frame. Moving the other 999 down
+    // each time cost more than the rest of the update, so the dropped points stay at the
+    // front of the storage, skipped, until they are as many as the track holds.
+    struct Track
+    {
+        QVector<QPointF> raw;
+        QPolygon screen;
+        int rawStart = 0;
+        int screenStart = 0;
+    };
+    template<typename Points> static void trim(Points& points, int& start);
+
+    QMap<quint8, Track> m_tracks;
 };

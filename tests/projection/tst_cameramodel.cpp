@@ -146,7 +146,8 @@ void tst_CameraModel::roundTrips_data()
             for (double azimuth : {-40.0, 0.0, 170.0}) {
                 const double yOffset = azimuth / 10.0;
                 for (double viewAngle : {8.0, 60.0}) {
-                    QTest::addRow("h %g, el %g, az %g, fov %g", height, elevation, azimuth, viewAngle)
+                    QTest::addRow("h %g, el %g, az %g, fov %g", height, elevation, azimuth,
+                                  viewAngle)
                         << height << elevation << azimuth << yOffset << viewAngle;
                 }
             }
@@ -174,7 +175,8 @@ void tst_CameraModel::roundTrips()
             // Ground frame there and back.
             const QPointF g = m.translated(road.x(), road.y());
             const QPointF again = m.translatedBack(g.x(), g.y());
-            QVERIFY(std::fabs(again.x() - road.x()) < 1e-6 && std::fabs(again.y() - road.y()) < 1e-6);
+            QVERIFY(std::fabs(again.x() - road.x()) < 1e-6
+                    && std::fabs(again.y() - road.y()) < 1e-6);
             // A road point inside the picture lands on the pixel it came from.
             const QPoint pixel = m.xyToScreen(road, &ok);
             if (ok)
@@ -192,21 +194,27 @@ void tst_CameraModel::badConfiguration_data()
     QTest::addColumn<QJsonObject>("config");
     QTest::addColumn<bool>("valid"); // for a radar 6 m up, 10 degrees down
     QTest::addColumn<int>("delay");
-    QTest::newRow("all zero") << QJsonObject{{"x_offset", 0}, {"horizontal_view_angle", 0}, {"video_delay", 0}}
+    QTest::newRow("all zero") << QJsonObject{{"x_offset", 0},
+                                             {"horizontal_view_angle", 0},
+                                             {"video_delay", 0}}
                               << false << 0;
     QTest::newRow("negative view angle and delay")
         << QJsonObject{{"horizontal_view_angle", -60}, {"video_delay", -500}} << false << 0;
-    QTest::newRow("huge values clamped")
-        << QJsonObject{{"x_offset", 1e300}, {"y_offset", -1e300}, {"z_offset", 1e300},
-                       {"azimuth_misalignment", 1e300}, {"altitude_misalignment", 1e300},
-                       {"horizontal_view_angle", 1e300}, {"video_delay", 1e12}}
-        << false << 60000;
+    QTest::newRow("huge values clamped") << QJsonObject{{"x_offset", 1e300},
+                                                        {"y_offset", -1e300},
+                                                        {"z_offset", 1e300},
+                                                        {"azimuth_misalignment", 1e300},
+                                                        {"altitude_misalignment", 1e300},
+                                                        {"horizontal_view_angle", 1e300},
+                                                        {"video_delay", 1e12}}
+                                         << false << 60000;
     QTest::newRow("huge view angle alone")
         << QJsonObject{{"horizontal_view_angle", 1e9}, {"video_delay", 500.6}} << true << 501;
-    QTest::newRow("non-numeric values read as 0")
-        << QJsonObject{{"x_offset", "1"}, {"horizontal_view_angle", "60"}, {"z_offset", true},
-                       {"video_delay", QJsonArray{1}}}
-        << false << 0;
+    QTest::newRow("non-numeric values read as 0") << QJsonObject{{"x_offset", "1"},
+                                                                 {"horizontal_view_angle", "60"},
+                                                                 {"z_offset", true},
+                                                                 {"video_delay", QJsonArray{1}}}
+                                                  << false << 0;
     QTest::newRow("missing keys") << QJsonObject() << false << 0;
 }
 
@@ -217,8 +225,8 @@ void tst_CameraModel::badConfiguration()
     QFETCH(int, delay);
     const TvmsConfig c = TvmsConfig::fromJson(config);
     QCOMPARE(c.videoDelayMs, delay);
-    for (double v : {c.xOffset, c.yOffset, c.zOffset, c.azimuthMisalignment,
-                     c.altitudeMisalignment, c.halfHorizontalAngle})
+    for (double v : {c.xOffset, c.yOffset, c.zOffset, c.azimuthMisalignment, c.altitudeMisalignment,
+                     c.halfHorizontalAngle})
         QVERIFY(std::isfinite(v));
     CameraModel m;
     m.setConfig(c);
@@ -238,7 +246,8 @@ void tst_CameraModel::tracksKeepVisibleDetections()
     const CameraModel m = model(6.0, 20.0);
     const QDateTime t0(QDate(2026, 11, 21), QTime(12, 0), Qt::UTC);
     ProjectionTracks tracks;
-    for (int f = 0; f < ProjectionTracks::MaxTrackPoints + 20; ++f) {
+    // Long enough for the dropped points to be let go of once.
+    for (int f = 0; f < 2 * ProjectionTracks::MaxTrackPoints + 20; ++f) {
         DelayedFrame frame;
         frame.frameTime = t0.addMSecs(100 * f);
         // Object 1 detected in the view; object 2 only predicted; object 3 far behind.
@@ -247,21 +256,26 @@ void tst_CameraModel::tracksKeepVisibleDetections()
         frame.objects.insert(3, RoadObject{3, 0, 0, -50.0, 0, 4, frame.frameTime});
         tracks.update(frame, m);
     }
-    QCOMPARE(tracks.rawTracks().value(1).size(), ProjectionTracks::MaxTrackPoints);
-    QCOMPARE(tracks.screenTracks().value(1).size(), ProjectionTracks::MaxTrackPoints);
-    QCOMPARE(tracks.rawTracks().value(1).first().x(), 15.0 + 0.001 * 20); // the oldest fell off
-    QVERIFY(tracks.rawTracks().value(2).isEmpty());
-    QVERIFY(tracks.rawTracks().value(3).isEmpty());
+    QCOMPARE(tracks.rawTrack(1).size(), ProjectionTracks::MaxTrackPoints);
+    QCOMPARE(tracks.screenTrack(1).size(), ProjectionTracks::MaxTrackPoints);
+    // The oldest fell off; pixels and road points stay paired.
+    QCOMPARE(tracks.rawTrack(1).first().x(),
+             15.0 + 0.001 * (ProjectionTracks::MaxTrackPoints + 20));
+    bool ok = false;
+    QCOMPARE(tracks.screenTrack(1).first(), m.xyToScreen(tracks.rawTrack(1).first(), &ok));
+    QCOMPARE(tracks.screenTrack(1).last(), m.xyToScreen(tracks.rawTrack(1).last(), &ok));
+    QVERIFY(tracks.rawTrack(2).isEmpty());
+    QVERIFY(tracks.rawTrack(3).isEmpty());
     // A model that no longer sees the track's points drops them for good.
     tracks.clearScreen();
     DelayedFrame last;
     last.objects.insert(1, RoadObject{1, 0, 0, 15, 0, 4, QDateTime()});
     last.frameTime = t0;
     tracks.update(last, model(6.0, 2.0, 8.0)); // a narrow lens looking far away
-    QVERIFY(tracks.rawTracks().value(1).isEmpty());
+    QVERIFY(tracks.rawTrack(1).isEmpty());
     // An object missing from a frame ends its track.
     tracks.update(DelayedFrame(), m);
-    QVERIFY(tracks.rawTracks().isEmpty());
+    QVERIFY(tracks.isEmpty());
 }
 
 QTEST_APPLESS_MAIN(tst_CameraModel)

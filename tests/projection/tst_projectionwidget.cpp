@@ -197,10 +197,10 @@ void tst_ProjectionWidget::offlineRadarClearsTheView()
     placeRadar();
     for (int f = 0; f < 5; ++f)
         feedFrame(QDateTime::currentDateTimeUtc().addMSecs(-100 * (5 - f)), 3, 20.0 + f);
-    QCOMPARE(m_view->tracks().rawTracks().value(3).size(), 5);
+    QCOMPARE(m_view->tracks().rawTrack(3).size(), 5);
     QSignalSpy sight(m_view.get(), &ProjectionWidget::sight);
     m_view->showRadarState(IOrvexClient::Offline);
-    QVERIFY(m_view->tracks().rawTracks().isEmpty());
+    QVERIFY(m_view->tracks().isEmpty());
     QVERIFY(m_view->currentFrame().objects.isEmpty());
     QVERIFY(!m_view->model().isValid());
     QVERIFY(sight.last().at(2).value<QPolygonF>().isEmpty());
@@ -246,8 +246,8 @@ void tst_ProjectionWidget::tracksFarOutsideThePicturePaint()
         m_view->finishFilling({9, 10});
         m_view->repaint();
     }
-    QCOMPARE(m_view->tracks().screenTracks().value(9).size(), 6);
-    QVERIFY(m_view->tracks().screenTracks().value(9).boundingRect().width() > 0);
+    QCOMPARE(m_view->tracks().screenTrack(9).size(), 6);
+    QVERIFY(m_view->tracks().screenTrack(9).boundingRect().width() > 0);
 }
 
 void tst_ProjectionWidget::adjustmentButtonsMoveOneEdge()
@@ -325,9 +325,9 @@ void tst_ProjectionWidget::pickupFindsThePose()
     QVector<QPoint> clicks;
     bool ok = false;
     const double yLeft = -1.5, yRight = 5.5; // as typed: two decimals
-    for (const QPointF& p : {QPointF(a.x() - 8, yLeft), QPointF(a.x() + 12, yLeft),
-                             QPointF(a.x() - 8, yRight), QPointF(a.x() + 12, yRight),
-                             QPointF(a.x() - 5, 2.0), QPointF(a.x() + 15, 2.0)}) {
+    for (const QPointF& p :
+         {QPointF(a.x() - 8, yLeft), QPointF(a.x() + 12, yLeft), QPointF(a.x() - 8, yRight),
+          QPointF(a.x() + 12, yRight), QPointF(a.x() - 5, 2.0), QPointF(a.x() + 15, 2.0)}) {
         clicks.append(truth.xyToScreen(p, &ok));
         QVERIFY(ok);
     }
