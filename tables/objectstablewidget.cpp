@@ -138,8 +138,12 @@ void ObjectsTableWidget::addObject(quint8 id, double xSpeed, double ySpeed, doub
     QTableWidget* table = m_ui->tableWidget;
     const int row = m_filledRows++;
     const bool reused = row < table->rowCount();
-    if (!reused)
+    if (reused) {
+        const QTableWidgetItem* idItem = table->item(row, IdColumn);
+        m_idsChanged = m_idsChanged || !idItem || idItem->text() != QString::number(id);
+    } else {
         table->insertRow(row);
+    }
     // A reused row changes nearly every cell; the views hear of all of them at once at
     // the frame's end rather than of each cell.
     const QSignalBlocker quiet(reused ? table->model() : nullptr);
@@ -151,10 +155,14 @@ void ObjectsTableWidget::finishFilling()
 {
     QTableWidget* table = m_ui->tableWidget;
     table->setRowCount(m_filledRows);
+    // The id column is sized to its contents, which the header measures anew whenever
+    // it hears of a change there: it hears of one only when an id moved to another row.
     QAbstractItemModel* model = table->model();
+    const int firstChanged = m_idsChanged ? IdColumn : IdColumn + 1;
     if (m_filledRows > 0)
-        emit model->dataChanged(model->index(0, 0),
+        emit model->dataChanged(model->index(0, firstChanged),
                                 model->index(m_filledRows - 1, model->columnCount() - 1));
+    m_idsChanged = false;
     table->viewport()->setUpdatesEnabled(true);
 }
 

@@ -61,8 +61,9 @@ private:
 
     Ui::ObjectsTableWidget* m_ui = nullptr;
     bool m_paintObjects = false;
-    // Rows filled in the current frame.
+    // Rows filled in the current frame, and whether an id cell among them changed.
     int m_filledRows = 0;
+    bool m_idsChanged = false;
     // The objects of one frame mostly share their update time; converting it to local
     // time once per frame instead of once per object saves most of the cost of a row.
     bool m_hasUpdateTimeText = false;

@@ -169,9 +169,14 @@ void tst_ObjectsTableWidget::oneRowPerObjectInArrivalOrder()
     QVERIFY(!m_table->viewport()->updatesEnabled());
     m_widget->finishFilling();
     QVERIFY(m_table->viewport()->updatesEnabled());
-    // The model tells its views of the whole frame's rows at once.
+    // The model tells its views of the whole frame's rows at once, of the id column only
+    // when an id changed its row (the column is then sized to its contents again).
     QCOMPARE(changed.size(), 1);
+    QCOMPARE(changed[0][0].toModelIndex(), m_table->model()->index(0, 0));
     QCOMPARE(changed[0][1].toModelIndex(), m_table->model()->index(2, 6));
+    frame({5, 3, 5});
+    QCOMPARE(changed.size(), 2);
+    QCOMPARE(changed[1][0].toModelIndex(), m_table->model()->index(0, 1));
     QStringList idsAndTimes;
     for (int row = 0; row < m_table->rowCount(); ++row)
         idsAndTimes << rowTexts(row)[0] + " " + rowTexts(row)[6];
