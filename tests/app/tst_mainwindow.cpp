@@ -1,4 +1,5 @@
 #include "collapsiblegroupbox.h"
+#include "imitatorobjectwidget.h"
 #include "loopbackserver.h"
 #include "mainwindow.h"
 #include "mainwindowfixture.h"
@@ -146,6 +147,7 @@ void tst_MainWindow::layout()
     QCOMPARE(child("controlsWidget")->isVisible(), !shown.isEmpty());
     QCOMPARE(child("spacer0Widget")->isVisible(), !shown.isEmpty() && vertical == table);
     QCOMPARE(child("objectsTableBox")->isVisible(), table);
+    QCOMPARE(m_fx->window->findChild<ImitatorObjectWidget*>()->twoLines(), vertical);
     QCOMPARE(controlAction(ObjectsTableControl)->isChecked(), table);
     QVERIFY(child("objectsMetaWidget")->isVisible());
     QCOMPARE(child("objectsMetaWidget")->maximumSize(), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
@@ -338,6 +340,10 @@ void tst_MainWindow::imitatorModeSwapsTheSchemeForItsSpeed()
     QCOMPARE(imitatorBox->title(), QString(" Speed generated with imitator  "));
     QTRY_VERIFY(child("roadObjectsBox")->isVisible());
     QVERIFY(!imitatorBox->isVisible());
+    // The third message put the radar online; once silent it has no imitator mode.
+    QVERIFY(imitatorMode(1));
+    QTRY_VERIFY(imitatorBox->isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(!imitatorBox->isVisible(), IOrvexClient::RadarOfflineTimeoutMs + 1000);
 }
 
 void tst_MainWindow::closingSavesTheProfiles()

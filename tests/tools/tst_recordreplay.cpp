@@ -282,6 +282,8 @@ void tst_RecordReplay::replayOptions_data()
     QTest::newRow("from and to cut out one second") << QStringList{} << 1.0 << 0.8 << 1.8 << 1;
     QTest::newRow("loop starts over after the end")
         << QStringList{"--loop", "--speed", "8"} << 8.0 << 0.0 << 1e9 << 2;
+    QTest::newRow("loop of a range goes on after its mean interval")
+        << QStringList{"--loop"} << 1.0 << 0.8 << 1.0 << 4;
 }
 
 void tst_RecordReplay::replayOptions()
@@ -299,6 +301,14 @@ void tst_RecordReplay::replayOptions()
         if (s.us >= startUs + from * 1e6 && s.us <= startUs + to * 1e6)
             range.append(s);
     }
+    // Each pass after the last message and the range's mean interval.
+    const qint64 periodUs
+        = (range.last().us - range.first().us) * range.size() / (range.size() - 1);
+    QList<Seen> expected;
+    for (int pass = 0; pass < passes; ++pass) {
+        for (const Seen& s : qAsConst(range))
+            expected.append({s.us + pass * periodUs, s.binary, s.bytes});
+    }
     if (from > 0) {
         // From exactly the first message of the range (the player keeps whole
         // microseconds), which must be kept.
@@ -310,17 +320,14 @@ void tst_RecordReplay::replayOptions()
                    && QJsonDocument::fromJson(s.bytes).object().value("command").toInt() == 1;
         });
         QVERIFY(report != recorded.crend());
-        range.prepend({range.first().us, false, report->bytes});
+        expected.prepend({range.first().us, false, report->bytes});
     }
-    QList<Seen> expected;
-    for (int pass = 0; pass < passes; ++pass)
-        expected += range;
 
     const QList<Seen> got = replay(m_recording, options, expected.size());
     QCOMPARE(got.size(), expected.size());
     for (int i = 0; i < got.size(); ++i)
         QVERIFY2(got[i].bytes == expected[i].bytes, qPrintable(QString::number(i)));
-    const QString fault = timingFault(got.mid(0, range.size()), range, speed);
+    const QString fault = timingFault(got, expected, speed);
     QVERIFY2(fault.isEmpty(), qPrintable(fault));
 }
 
@@ -357,8 +364,10 @@ void tst_RecordReplay::cutRecordingReadsUpToLastWholeMessage()
     QString error;
     QVERIFY(reader.open(m_recording, error));
     RecordedMessage e;
-    while (reader.next(e))
+    while (reader.next(e)) {
+        QCOMPARE(e.fileOffset, ends.value(ends.size() - 1, RecordingFormat::HeaderSize));
         ends.append(reader.tailOffset());
+    }
     QCOMPARE(reader.tailSize(), 0);
 
     // Cut at every byte, and behind the header (on disk before any record) also with
@@ -439,8 +448,15 @@ void tst_RecordReplay::inspectorFindsInjectedFaults()
     }
     QCOMPARE(summaryValue(csv, "server_messages").toInt(), m_seen.size());
     QCOMPARE(summaryValue(csv, "server_bytes").toLongLong(), bytes);
-    QVERIFY(qAbs(summaryValue(csv, "cycles_per_s").toDouble() - 20) < 1);
+    const double perSecond = summaryValue(csv, "cycles_per_s").toDouble();
+    const double spanS = summaryValue(csv, "last_cycle_s").toDouble()
+                         - summaryValue(csv, "first_cycle_s").toDouble();
+    QVERIFY(qAbs(perSecond - 20) < 1);
+    QVERIFY(qAbs(perSecond * spanS - (binary - 1)) < 0.05); // the intervals between the cycles
     QCOMPARE(summaryValue(csv, "cycles").toInt(), binary);
+    const QStringList sync = csvRows(csv, "canid").first(); // the lowest id, in every message
+    QCOMPARE(sync.at(1).toInt(), binary);
+    QVERIFY(qAbs(sync.at(2).toDouble() - perSecond) < 0.01);
 
     // Every fourth radar message, the short record behind the objects.
     const QList<QStringList> rejects = csvRows(csv, "reject");
@@ -450,7 +466,7 @@ void tst_RecordReplay::inspectorFindsInjectedFaults()
     QCOMPARE(summaryValue(csv, "bad_messages").toInt(), rejects.size());
     for (int i = 0; i < rejects.size(); ++i) {
         QCOMPARE(rejects[i].at(1).toInt(), first + 4 * i);
-        QCOMPARE(rejects[i].mid(4, 2), (QStringList{"0x610", "5"}));
+        QCOMPARE(rejects[i].mid(4, 4), (QStringList{"0x610", "5", "0", "0"}));
     }
 
     // One gap: the silence from 2.5 s on, until the client left.
