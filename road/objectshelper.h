@@ -3,7 +3,6 @@
 #include "roadobject.h"
 
 #include <QDateTime>
-#include <QList>
 #include <QMap>
 #include <QObject>
 #include <QPolygonF>
@@ -70,7 +69,9 @@ private:
     quint64 m_cycleNumber = 0;
     bool m_online = false;
     bool m_working = false;
-    QList<RoadObject> m_objects;
-    QList<RoadObject> m_receding; // xSpeed < 0, nearest first
-    QList<RoadObject> m_approaching; // xSpeed >= 0, farthest first
+    // Contiguous, and kept allocated between frames: the radar reports up to 64 objects
+    // a frame, many times a second.
+    QVector<RoadObject> m_objects;
+    QVector<RoadObject> m_receding; // xSpeed < 0, nearest first
+    QVector<RoadObject> m_approaching; // xSpeed >= 0, farthest first
 };
