@@ -6,6 +6,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -27,6 +28,7 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         m_measuredFont = painter.font();
         m_advances.clear();
         m_texts.clear();
+        m_glyphs.setFont(m_measuredFont);
     }
     m_placer.reset(QRect(QPoint(0, 0), g.size()));
     m_sideLabels.clear();
@@ -99,11 +101,8 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         }
         painter.fillRect(placement.box, fill);
         painter.setPen(ObjectColor::text(colorId));
-        // Laid out once per text: the labels' texts repeat from frame to frame.
-        painter.drawStaticText(
-            placement.box.left() + LabelPadding, placement.box.top(),
-            staticText(placement.shortened ? QStringLiteral("[%1]").arg(side.id) : side.text,
-                       painter.font()));
+        drawText(painter, QPoint(placement.box.left() + LabelPadding, placement.box.top()),
+                 placement.shortened ? QStringLiteral("[%1]").arg(side.id) : side.text);
     }
 }
 
@@ -121,8 +120,18 @@ const QStaticText& SchemeObjectsLayer::staticText(const QString& text, const QFo
     return *it;
 }
 
+void SchemeObjectsLayer::drawText(QPainter& painter, const QPoint& topLeft, const QString& text)
+{
+    if (m_glyphs.layout(text))
+        m_glyphs.draw(&painter, topLeft);
+    else
+        painter.drawStaticText(topLeft, staticText(text, painter.font()));
+}
+
 int SchemeObjectsLayer::textWidth(const QString& text, const QFontMetrics& metrics)
 {
+    if (m_glyphs.layout(text))
+        return int(std::ceil(m_glyphs.width()));
     int width = 0;
     for (const QChar c : text) {
         auto it = m_advances.find(c);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "glyphtext.h"
 #include "roadobject.h"
 #include "schemelabelplacer.h"
 
@@ -42,14 +43,17 @@ private:
         SchemeLabelPlacer::Label request;
     };
 
-    // Label widths from the advance of each character: a label's text changes with
-    // every frame, its few characters do not.
+    // A label's text changes with every frame, its few characters do not: labels are
+    // measured and drawn from the font's glyphs, else from each character's advance
+    // and a laid-out text kept for the next frames.
     int textWidth(const QString& text, const QFontMetrics& metrics);
+    void drawText(QPainter& painter, const QPoint& topLeft, const QString& text);
     const QStaticText& staticText(const QString& text, const QFont& font);
 
     SchemeLabelPlacer m_placer;
     QFont m_measuredFont;
     QHash<QChar, int> m_advances;
+    GlyphText m_glyphs;
     QHash<QString, QStaticText> m_texts;
     QVector<SideLabel> m_sideLabels;
     QVector<SchemeLabelPlacer::Placement> m_placements;

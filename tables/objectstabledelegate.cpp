@@ -45,13 +45,13 @@ const QStaticText& ObjectsTableDelegate::staticText(const QString& text, const Q
     return it.value();
 }
 
-QSizeF ObjectsTableDelegate::textSize(const QString& text, const QFont& font, bool* isNumber) const
+QSizeF ObjectsTableDelegate::textSize(const QString& text, const QFont& font, bool* laidOut) const
 {
-    if (!m_numbers.isFor(font))
-        m_numbers.setFont(font);
-    *isNumber = m_numbers.layout(text);
-    if (*isNumber)
-        return QSizeF(m_numbers.width(), m_numbers.height());
+    if (!m_glyphs.isFor(font))
+        m_glyphs.setFont(font);
+    *laidOut = m_glyphs.layout(text);
+    if (*laidOut)
+        return QSizeF(m_glyphs.width(), m_glyphs.height());
     return staticText(text, font).size();
 }
 
@@ -92,8 +92,8 @@ void ObjectsTableDelegate::paint(QPainter* painter, const QStyleOptionViewItem& 
 
     const int margin = textMargin(option);
     const QRect textRect = rect.adjusted(margin, 0, -margin, 0);
-    bool isNumber = false;
-    const QSize size = textSize(text, option.font, &isNumber).toSize();
+    bool laidOut = false;
+    const QSize size = textSize(text, option.font, &laidOut).toSize();
     const QRect placed = QStyle::alignedRect(option.direction, align, size, textRect);
     // Only a text wider than its cell needs the (costly) clip.
     const bool clip = !textRect.contains(placed);
@@ -101,8 +101,8 @@ void ObjectsTableDelegate::paint(QPainter* painter, const QStyleOptionViewItem& 
     if (clip)
         painter->setClipRect(textRect, Qt::IntersectClip);
     painter->setPen(color);
-    if (isNumber) {
-        m_numbers.draw(painter, placed.topLeft());
+    if (laidOut) {
+        m_glyphs.draw(painter, placed.topLeft());
     } else {
         painter->setFont(option.font);
         painter->drawStaticText(placed.topLeft(), staticText(text, option.font));
@@ -163,9 +163,9 @@ void ObjectsTableDelegate::paintStyled(QPainter* painter, const QStyleOptionView
 QSize ObjectsTableDelegate::sizeHint(const QStyleOptionViewItem& option,
                                      const QModelIndex& index) const
 {
-    bool isNumber = false;
+    bool laidOut = false;
     const QSize text
-        = textSize(index.data(Qt::DisplayRole).toString(), option.font, &isNumber).toSize();
+        = textSize(index.data(Qt::DisplayRole).toString(), option.font, &laidOut).toSize();
     return QSize(text.width() + 2 * textMargin(option),
                  qMax(text.height(), option.fontMetrics.height()));
 }

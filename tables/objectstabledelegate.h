@@ -1,6 +1,6 @@
 #pragma once
 
-#include "numberglyphs.h"
+#include "glyphtext.h"
 
 #include <QFont>
 #include <QHash>
@@ -32,12 +32,12 @@ public:
 private:
     void paintStyled(QPainter* painter, const QStyleOptionViewItem& option,
                      const QModelIndex& index) const;
-    // The size of a text in a font, and whether it is one of the numbers.
+    // The size of a text in a font, and whether it was laid out from the glyphs.
     QSizeF textSize(const QString& text, const QFont& font, bool* isNumber) const;
     const QStaticText& staticText(const QString& text, const QFont& font) const;
 
     // Shaped texts for one font; dropped whole when the font changes or it grows large.
     mutable QHash<QString, QStaticText> m_texts;
     mutable QFont m_font;
-    mutable NumberGlyphs m_numbers;
+    mutable GlyphText m_glyphs;
 };

@@ -9,18 +9,19 @@
 
 class QPainter;
 
-// Lays out and draws the number texts of the objects tables (digits, sign, point, colon
-// and blank: "-188.8", "12:30:05.250") straight from the font's glyphs. Such a text needs
-// no shaping, and every frame brings new numbers: shaping each of them (or keeping them
-// all) would cost more than drawing them. Other texts are left to the caller.
-class NumberGlyphs
+// Lays out and draws short one-line texts in Latin-1 (the numbers of the objects tables,
+// the labels beside the vehicles) straight from the font's glyphs, one glyph per
+// character. Every frame brings new numbers: shaping each of them (or keeping them all)
+// would cost more than drawing them. Texts with other characters, or characters the
+// font has no glyph for, are left to the caller.
+class GlyphText
 {
 public:
-    // Takes the glyphs of a font; texts are not laid out when it lacks any of them.
+    // Takes the glyphs of a font (each character's glyph is looked up on first use).
     void setFont(const QFont& font);
     bool isFor(const QFont& font) const { return m_hasFont && m_font == font; }
 
-    // Lays a text out for `draw`; false when it holds any other character.
+    // Lays a text out for `draw`; false when it holds a character not drawn this way.
     bool layout(const QString& text);
     // Width of the text last laid out and the height of a line, in pixels.
     qreal width() const { return m_width; }
@@ -30,13 +31,15 @@ public:
     void draw(QPainter* painter, const QPointF& topLeft);
 
 private:
-    static constexpr int CharCount = 128;
+    static constexpr int CharCount = 256;
+    static constexpr quint32 NotLookedUp = 0xfffffffe;
     static constexpr quint32 NoGlyph = 0xffffffff;
+
+    bool glyphFor(ushort c);
 
     QFont m_font;
     bool m_hasFont = false;
     QRawFont m_raw;
-    bool m_usable = false;
     qreal m_ascent = 0;
     qreal m_height = 0;
     std::array<quint32, CharCount> m_glyphs{};
