@@ -16,6 +16,8 @@ namespace {
 constexpr double DefaultRefreshRate = 60.0;
 constexpr double MinRefreshRate = 24.0;
 constexpr double MaxRefreshRate = 240.0;
+constexpr qint64 TimerSlackNs = 500000;
+constexpr qint64 NsPerMs = 1000000;
 } // namespace
 
 RepaintPacer::RepaintPacer(QObject* parent)
@@ -24,16 +26,16 @@ RepaintPacer::RepaintPacer(QObject* parent)
     m_clock.start();
 }
 
-int RepaintPacer::minimumIntervalMs(const QWidget* window)
+qint64 RepaintPacer::minimumIntervalNs(const QWidget* window)
 {
     const QScreen* screen = window ? window->screen() : nullptr;
     double rate = screen ? screen->refreshRate() : 0.0;
     if (!std::isfinite(rate) || rate < MinRefreshRate)
         rate = DefaultRefreshRate;
     rate = std::min(rate, MaxRefreshRate);
-    // A little under one refresh, so that a request made right after a paint waits for
-    // the next refresh and not for the one after it.
-    return std::max(1, int(1000.0 / rate) - 1);
+    // A little under one refresh, so that a request held back for the timer's slight
+    // lateness still makes the next refresh and not the one after it.
+    return qint64(1e9 / rate) - TimerSlackNs;
 }
 
 bool RepaintPacer::eventFilter(QObject* watched, QEvent* event)
@@ -49,14 +51,14 @@ bool RepaintPacer::eventFilter(QObject* watched, QEvent* event)
         it = m_windows.insert(watched, WindowPace{});
         connect(watched, &QObject::destroyed, this,
                 [this](QObject* gone) { m_windows.remove(gone); });
-        it->lastPaintMs = m_clock.elapsed();
+        it->lastPaintNs = m_clock.nsecsElapsed();
         return false;
     }
 
-    const qint64 now = m_clock.elapsed();
-    const qint64 due = it->lastPaintMs + minimumIntervalMs(window);
+    const qint64 now = m_clock.nsecsElapsed();
+    const qint64 due = it->lastPaintNs + minimumIntervalNs(window);
     if (now >= due) {
-        it->lastPaintMs = now;
+        it->lastPaintNs = now;
         it->held = false;
         return false;
     }
@@ -65,7 +67,8 @@ bool RepaintPacer::eventFilter(QObject* watched, QEvent* event)
     if (!it->held) {
         it->held = true;
         QPointer<QWidget> guarded(window);
-        QTimer::singleShot(int(due - now), Qt::PreciseTimer, this, [this, guarded] {
+        const int waitMs = int((due - now + NsPerMs - 1) / NsPerMs);
+        QTimer::singleShot(waitMs, Qt::PreciseTimer, this, [this, guarded] {
             if (guarded)
                 release(guarded);
         });

@@ -25,13 +25,13 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-    // Shortest time between two repaints of one window, in milliseconds.
-    static int minimumIntervalMs(const QWidget* window);
+    // Shortest time between two repaints of one window, in nanoseconds.
+    static qint64 minimumIntervalNs(const QWidget* window);
 
 private:
     struct WindowPace
     {
-        qint64 lastPaintMs = 0;
+        qint64 lastPaintNs = 0;
         bool held = false;
     };
 
