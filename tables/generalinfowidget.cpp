@@ -118,10 +118,11 @@ void GeneralInfoWidget::doShowValue(QLabel* label, int& fittedLength, const QStr
     // text without asking the whole window for a new layout; it only grows (by a few
     // characters at a time) when a text is wider than it. Texts no longer than one that
     // fitted are not even measured: their digits change, not their width.
-    if (text.size() > fittedLength || label->minimumWidth() != label->maximumWidth()) {
+    const bool fixed = label->minimumWidth() == label->maximumWidth();
+    if (text.size() > fittedLength || !fixed) {
         const QFontMetrics metrics = label->fontMetrics();
         const int width = metrics.horizontalAdvance(text);
-        if (width > label->maximumWidth() || label->minimumWidth() != label->maximumWidth()) {
+        if (width > label->maximumWidth() || !fixed) {
             const int step = ValueWidthStep * metrics.averageCharWidth();
             label->setFixedSize((width / step + 1) * step, metrics.height());
         }

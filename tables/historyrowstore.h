@@ -1,5 +1,7 @@
 #pragma once
 
+#include "localtimeofday.h"
+
 #include <QtGlobal>
 
 #include <vector>
@@ -11,7 +13,7 @@
 class HistoryRowStore
 {
 public:
-    static constexpr qint32 NoTime = -1;
+    static constexpr qint32 NoTime = LocalTimeOfDay::NoTime;
 
     struct Row
     {

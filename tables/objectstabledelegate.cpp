@@ -15,6 +15,14 @@ QStyle* styleOf(const QStyleOptionViewItem& option)
     return option.widget ? option.widget->style() : QApplication::style();
 }
 
+// The palette group a cell's text takes its colour from.
+QPalette::ColorGroup colorGroup(const QStyleOptionViewItem& option)
+{
+    if (!(option.state & QStyle::State_Enabled))
+        return QPalette::Disabled;
+    return (option.state & QStyle::State_Active) ? QPalette::Active : QPalette::Inactive;
+}
+
 // The blank the style leaves between a cell's edge and its text.
 int textMargin(const QStyleOptionViewItem& option)
 {
@@ -60,17 +68,17 @@ void ObjectsTableDelegate::paint(QPainter* painter, const QStyleOptionViewItem& 
 {
     // The grid line on the cell's right and bottom edge, where the view would draw it.
     const QRect cell = option.rect;
+    const QRect rect = cell.adjusted(0, 0, -1, -1);
     const QColor grid = QColor::fromRgba(
         QRgb(styleOf(option)->styleHint(QStyle::SH_Table_GridLineColor, &option, option.widget)));
     painter->fillRect(QRect(cell.right(), cell.top(), 1, cell.height()), grid);
     painter->fillRect(QRect(cell.left(), cell.bottom(), cell.width() - 1, 1), grid);
     if (option.state & (QStyle::State_Selected | QStyle::State_HasFocus)) {
         QStyleOptionViewItem inner = option;
-        inner.rect = cell.adjusted(0, 0, -1, -1);
+        inner.rect = rect;
         paintStyled(painter, inner, index);
         return;
     }
-    const QRect rect = cell.adjusted(0, 0, -1, -1);
     const QVariant background = index.data(Qt::BackgroundRole);
     if (background.isValid()) {
         const QBrush brush = qvariant_cast<QBrush>(background);
@@ -81,20 +89,22 @@ void ObjectsTableDelegate::paint(QPainter* painter, const QStyleOptionViewItem& 
     if (text.isEmpty())
         return;
     const QVariant alignment = index.data(Qt::TextAlignmentRole);
-    const Qt::Alignment align
-        = alignment.isValid() ? Qt::Alignment(alignment.toInt()) : option.displayAlignment;
     const QVariant foreground = index.data(Qt::ForegroundRole);
-    const QPalette::ColorGroup group = !(option.state & QStyle::State_Enabled) ? QPalette::Disabled
-                                       : (option.state & QStyle::State_Active) ? QPalette::Active
-                                                                               : QPalette::Inactive;
-    const QColor color = foreground.isValid() ? qvariant_cast<QBrush>(foreground).color()
-                                              : option.palette.color(group, QPalette::Text);
+    drawText(painter, option, rect,
+             alignment.isValid() ? Qt::Alignment(alignment.toInt()) : option.displayAlignment, text,
+             foreground.isValid() ? qvariant_cast<QBrush>(foreground).color()
+                                  : option.palette.color(colorGroup(option), QPalette::Text));
+}
 
+void ObjectsTableDelegate::drawText(QPainter* painter, const QStyleOptionViewItem& option,
+                                    const QRect& rect, Qt::Alignment alignment, const QString& text,
+                                    const QColor& color) const
+{
     const int margin = textMargin(option);
     const QRect textRect = rect.adjusted(margin, 0, -margin, 0);
     bool laidOut = false;
     const QSize size = textSize(text, option.font, &laidOut).toSize();
-    const QRect placed = QStyle::alignedRect(option.direction, align, size, textRect);
+    const QRect placed = QStyle::alignedRect(option.direction, alignment, size, textRect);
     // Only a text wider than its cell needs the (costly) clip.
     const bool clip = !textRect.contains(placed);
     painter->save();
@@ -121,31 +131,10 @@ void ObjectsTableDelegate::paintStyled(QPainter* painter, const QStyleOptionView
     style->drawPrimitive(QStyle::PE_PanelItemViewItem, &opt, painter, opt.widget);
 
     if (!opt.text.isEmpty()) {
-        const QRect textRect = opt.rect.adjusted(textMargin(opt), 0, -textMargin(opt), 0);
-        const QStaticText& text = staticText(opt.text, opt.font);
-        const QSize size = text.size().toSize();
-        const QRect placed
-            = QStyle::alignedRect(opt.direction, opt.displayAlignment, size, textRect);
-        const QPalette::ColorGroup group = !(opt.state & QStyle::State_Enabled) ? QPalette::Disabled
-                                           : (opt.state & QStyle::State_Active)
-                                               ? QPalette::Active
-                                               : QPalette::Inactive;
         const QPalette::ColorRole role
             = (opt.state & QStyle::State_Selected) ? QPalette::HighlightedText : QPalette::Text;
-        // Only a text wider than its cell needs the (costly) clip.
-        const bool clip = !textRect.contains(placed);
-        const QPen pen = painter->pen();
-        if (clip) {
-            painter->save();
-            painter->setClipRect(textRect, Qt::IntersectClip);
-        }
-        painter->setFont(opt.font);
-        painter->setPen(opt.palette.color(group, role));
-        painter->drawStaticText(placed.topLeft(), text);
-        if (clip)
-            painter->restore();
-        else
-            painter->setPen(pen);
+        drawText(painter, opt, opt.rect, opt.displayAlignment, opt.text,
+                 opt.palette.color(colorGroup(opt), role));
     }
 
     if (opt.state & QStyle::State_HasFocus) {

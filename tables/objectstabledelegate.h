@@ -32,6 +32,9 @@ public:
 private:
     void paintStyled(QPainter* painter, const QStyleOptionViewItem& option,
                      const QModelIndex& index) const;
+    // A cell's text in its rectangle, inside the style's margins, clipped only when wider.
+    void drawText(QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect,
+                  Qt::Alignment alignment, const QString& text, const QColor& color) const;
     // The size of a text in a font, and whether it was laid out from the glyphs.
     QSizeF textSize(const QString& text, const QFont& font, bool* isNumber) const;
     const QStaticText& staticText(const QString& text, const QFont& font) const;
