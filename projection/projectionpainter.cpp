@@ -30,6 +30,19 @@ QPen linePen(const QColor& color, double width, Qt::PenStyle style = Qt::SolidLi
     return QPen(color, width, style, Qt::SquareCap, Qt::BevelJoin);
 }
 
+// The pixels of drawRect(box) with a one-pixel pen and a solid brush, both opaque: the
+// outline on the box's edges and one past its right and bottom, the fill inside. Filled
+// spans instead of a stroked outline: sixty-four label boxes a picture.
+void drawFramedBox(QPainter& p, const QRect& box, const QColor& outline, const QColor& fill)
+{
+    const QRect outer(box.topLeft(), QSize(box.width() + 1, box.height() + 1));
+    p.fillRect(outer.adjusted(1, 1, -1, -1), fill);
+    p.fillRect(QRect(outer.left(), outer.top(), outer.width(), 1), outline);
+    p.fillRect(QRect(outer.left(), outer.bottom(), outer.width(), 1), outline);
+    p.fillRect(QRect(outer.left(), outer.top() + 1, 1, outer.height() - 2), outline);
+    p.fillRect(QRect(outer.right(), outer.top() + 1, 1, outer.height() - 2), outline);
+}
+
 } // namespace
 
 const std::array<QPoint, ProjectionPainter::AnimationCellCount>
@@ -221,7 +234,7 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
                                                  Qt::AlignLeft | Qt::AlignVCenter, label));
         }
         const QRect textBox = bounds->translated(labelRect.topLeft());
-        p.drawRect(textBox.adjusted(-4, -2, 4, 0));
+        drawFramedBox(p, textBox.adjusted(-4, -2, 4, 0), text, base);
         p.setFont(m_labelFont);
         p.drawStaticText(textBox.topLeft(), staticText(m_labelTexts, label, m_labelFont));
     }

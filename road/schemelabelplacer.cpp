@@ -1,7 +1,5 @@
 #include "schemelabelplacer.h"
 
-#include <utility>
-
 namespace {
 
 // Pixels between a label and its object, and between two rings of places around it.
@@ -32,21 +30,12 @@ QRect placeAround(const QRect& glyph, const QSize& size, int distance, int k)
     }
 }
 
-// QRect::intersects, inline: the placer asks it thousands of times a frame.
+// QRect::intersects for boxes of at least one pixel (the only kind the placer keeps),
+// inline: the placer asks it thousands of times a frame.
 inline bool overlaps(const QRect& a, const QRect& b)
 {
-    if (a.isNull() || b.isNull())
-        return false;
-    const auto span = [](int from, int to) {
-        return from <= to + 1 ? std::make_pair(from, to) : std::make_pair(to, from);
-    };
-    const auto [l1, r1] = span(a.left(), a.right());
-    const auto [l2, r2] = span(b.left(), b.right());
-    if (l1 > r2 || l2 > r1)
-        return false;
-    const auto [t1, b1] = span(a.top(), a.bottom());
-    const auto [t2, b2] = span(b.top(), b.bottom());
-    return t1 <= b2 && t2 <= b1;
+    return a.left() <= b.right() && b.left() <= a.right() && a.top() <= b.bottom()
+           && b.top() <= a.bottom();
 }
 
 } // namespace
@@ -80,7 +69,8 @@ SchemeLabelPlacer::Placement SchemeLabelPlacer::place(const Label& label)
         else
             placement.box = usualShort; // over the others, the id still readable
     }
-    m_labels.append(placement.box);
+    if (!placement.box.isEmpty())
+        m_labels.append(placement.box);
     return placement;
 }
 

@@ -33,7 +33,11 @@ public:
     // Starts a frame: labels stay inside the view; no label is placed yet.
     void reset(const QRect& view);
     // An object's glyph, which labels avoid where they can.
-    void addGlyph(const QRect& glyph) { m_glyphs.append(glyph); }
+    void addGlyph(const QRect& glyph)
+    {
+        if (!glyph.isEmpty())
+            m_glyphs.append(glyph);
+    }
     // Places a label inside the view, clear of every label placed before it in this
     // frame.
     Placement place(const Label& label);
