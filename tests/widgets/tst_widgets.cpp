@@ -6,6 +6,7 @@
 #include "statelabel.h"
 
 #include <QHBoxLayout>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QScreen>
 #include <QtTest>
@@ -19,6 +20,8 @@ private slots:
     void comboSelectsByData();
     void backlight_data();
     void backlight();
+    void groupBoxFrameKeptUntilItsLookChanges_data();
+    void groupBoxFrameKeptUntilItsLookChanges();
     void collapseByClickOnTitle_data();
     void collapseByClickOnTitle();
     void collapsedLayout();
@@ -95,6 +98,66 @@ void tst_Widgets::backlight()
     QApplication::sendEvent(&box, &leave);
     QCOMPARE(box.palette().color(QPalette::Active, QPalette::Window), window);
     QCOMPARE(box.palette().color(QPalette::Active, QPalette::Button), button);
+}
+
+namespace {
+// Counts the group box frames the style draws (titles drawn alone are not counted).
+class FrameCountingStyle : public QProxyStyle
+{
+public:
+    int frames = 0;
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                            QPainter* painter, const QWidget* widget) const override
+    {
+        if (control == CC_GroupBox && (option->subControls & SC_GroupBoxFrame))
+            ++const_cast<FrameCountingStyle*>(this)->frames;
+        QProxyStyle::drawComplexControl(control, option, painter, widget);
+    }
+};
+} // namespace
+
+using BoxChange = std::function<void(QGroupBox&)>;
+Q_DECLARE_METATYPE(BoxChange)
+
+void tst_Widgets::groupBoxFrameKeptUntilItsLookChanges_data()
+{
+    QTest::addColumn<BoxChange>("change");
+    QTest::addColumn<bool>("drawnAgain");
+    QTest::newRow("nothing") << BoxChange([](QGroupBox&) {}) << false;
+    QTest::newRow("title") << BoxChange([](QGroupBox& b) { b.setTitle("Radar"); }) << true;
+    QTest::newRow("size") << BoxChange([](QGroupBox& b) { b.resize(240, 90); }) << true;
+    QTest::newRow("lit") << BoxChange([](QGroupBox& b) {
+        QPalette lit = b.palette();
+        lit.setColor(QPalette::Window, QColor(200, 220, 240));
+        b.setPalette(lit);
+    }) << true;
+    QTest::newRow("font") << BoxChange([](QGroupBox& b) {
+        QFont bold = b.font();
+        bold.setBold(true);
+        b.setFont(bold);
+    }) << true;
+    QTest::newRow("disabled") << BoxChange([](QGroupBox& b) { b.setEnabled(false); }) << true;
+}
+
+void tst_Widgets::groupBoxFrameKeptUntilItsLookChanges()
+{
+    QFETCH(BoxChange, change);
+    QFETCH(bool, drawnAgain);
+    // The box kept on a picture against one the style draws each time.
+    FrameCountingStyle style, referenceStyle;
+    BacklightedGroupBox box("Radar data");
+    QGroupBox reference("Radar data");
+    reference.setAutoFillBackground(true);
+    box.setStyle(&style);
+    reference.setStyle(&referenceStyle);
+    for (QGroupBox* b : {static_cast<QGroupBox*>(&box), &reference})
+        b->resize(200, 120);
+    QCOMPARE(box.grab().toImage(), reference.grab().toImage());
+    QCOMPARE(style.frames, 1);
+    change(box);
+    change(reference);
+    QCOMPARE(box.grab().toImage(), reference.grab().toImage());
+    QCOMPARE(style.frames, drawnAgain ? 2 : 1);
 }
 
 void tst_Widgets::collapseByClickOnTitle_data()
