@@ -18,11 +18,27 @@ QSize ObjectsTableHeader::sizeHint() const
 void ObjectsTableHeader::setModel(QAbstractItemModel* model)
 {
     disconnect(m_headerTexts);
+    disconnect(m_layout);
     QHeaderView::setModel(model);
-    if (model)
+    if (model) {
         m_headerTexts = connect(model, &QAbstractItemModel::headerDataChanged, this,
                                 &ObjectsTableHeader::forgetSizeHint);
+        // Qt's item view slot, which lays the header out after any layout change (so
+        // named by its text), gives way to one that knows the hint.
+        disconnect(model, SIGNAL(layoutChanged()), this, SLOT(_q_layoutChanged()));
+        m_layout = connect(model, &QAbstractItemModel::layoutChanged, this,
+                           &ObjectsTableHeader::onLayoutChanged);
+    }
     forgetSizeHint();
+}
+
+void ObjectsTableHeader::onLayoutChanged(const QList<QPersistentModelIndex>& parents,
+                                         QAbstractItemModel::LayoutChangeHint hint)
+{
+    Q_UNUSED(parents)
+    // Rows moving leave the columns as they were.
+    if (hint != QAbstractItemModel::VerticalSortHint)
+        scheduleDelayedItemsLayout();
 }
 
 bool ObjectsTableHeader::event(QEvent* event)

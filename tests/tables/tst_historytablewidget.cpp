@@ -57,6 +57,7 @@ private slots:
     void log();
     void capDropsTheOldestRows();
     void selectionStaysOnItsRow();
+    void framesRepaintTheRowsNotTheHeader();
     void saveToFile_data();
     void saveToFile();
     void unwritableDirectory_data();
@@ -211,6 +212,35 @@ void tst_HistoryTableWidget::selectionStaysOnItsRow()
     QCOMPARE(view->currentIndex().row(), m_history->model()->rowCount() - 1);
     QCOMPARE(bar->value(), bar->maximum());
     QCOMPARE(view->verticalHeader()->count(), m_history->model()->rowCount());
+}
+
+void tst_HistoryTableWidget::framesRepaintTheRowsNotTheHeader()
+{
+    // Every frame moves rows; the column header stays as it is and is not drawn again.
+    struct PaintCount : QObject
+    {
+        int count = 0;
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            count += event->type() == QEvent::Paint;
+            return false;
+        }
+    } headerPaints, rowPaints;
+    QTableView* table = m_history->findChild<QTableView*>();
+    m_history->resize(640, 400);
+    m_history->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_history.get()));
+    frame("1 2");
+    QTRY_VERIFY(!table->viewport()->visibleRegion().isEmpty());
+    table->horizontalHeader()->viewport()->installEventFilter(&headerPaints);
+    table->viewport()->installEventFilter(&rowPaints);
+    for (int f = 0; f < 3; ++f) {
+        const int before = rowPaints.count;
+        frame("2 1 3");
+        // The header would be drawn in the same window update as the rows.
+        QTRY_VERIFY(rowPaints.count > before);
+    }
+    QCOMPARE(headerPaints.count, 0);
 }
 
 void tst_HistoryTableWidget::saveToFile_data()
