@@ -1,10 +1,6 @@
 #include "backlightedgroupbox.h"
 
-#include <QPaintEvent>
-#include <QPainter>
 #include <QPalette>
-#include <QPixmap>
-#include <QStyle>
 
 namespace {
 // Components below this are lightened, the others darkened, by BacklightShift.
@@ -18,13 +14,13 @@ int shifted(int component)
 } // namespace
 
 BacklightedGroupBox::BacklightedGroupBox(QWidget* parent)
-    : QGroupBox(parent)
+    : SteadyGroupBox(parent)
 {
     setBacklighted(true);
 }
 
 BacklightedGroupBox::BacklightedGroupBox(const QString& title, QWidget* parent)
-    : QGroupBox(title, parent)
+    : SteadyGroupBox(title, parent)
 {
     setBacklighted(true);
 }
@@ -60,56 +56,4 @@ void BacklightedGroupBox::leaveEvent(QEvent* event)
     if (m_backlighted && parentWidget())
         setPalette(parentWidget()->palette());
     QGroupBox::leaveEvent(event);
-}
-
-bool BacklightedGroupBox::isFrameFor(const QStyleOptionGroupBox& option,
-                                     qreal devicePixelRatio) const
-{
-    const QStyleOptionGroupBox& kept = m_frameOption;
-    return !m_frame.isNull() && m_frameStyle == style()
-           && m_frame.devicePixelRatio() == devicePixelRatio && m_frameFont == font()
-           && kept.rect == option.rect && kept.state == option.state
-           && kept.direction == option.direction && kept.palette == option.palette
-           && kept.text == option.text && kept.textColor == option.textColor
-           && kept.textAlignment == option.textAlignment && kept.features == option.features
-           && kept.subControls == option.subControls
-           && kept.activeSubControls == option.activeSubControls
-           && kept.lineWidth == option.lineWidth && kept.midLineWidth == option.midLineWidth;
-}
-
-void BacklightedGroupBox::paintEvent(QPaintEvent* event)
-{
-    // A box that does not fill its own background, or has a check box (which some styles
-    // animate), is drawn by the style every time.
-    if (!autoFillBackground() || isCheckable()) {
-        QGroupBox::paintEvent(event);
-        return;
-    }
-    QStyleOptionGroupBox option;
-    initStyleOption(&option);
-    QPainter p(this);
-    const qreal ratio = devicePixelRatioF();
-    if (!isFrameFor(option, ratio)) {
-        // The box's background and frame, without the title: text is smoothed for the
-        // surface it is drawn on, so the title is drawn on the window itself.
-        m_frame = QPixmap((QSizeF(size()) * ratio).toSize());
-        m_frame.setDevicePixelRatio(ratio);
-        m_frame.fill(Qt::transparent);
-        QPainter framePainter(&m_frame);
-        framePainter.fillRect(rect(), palette().brush(backgroundRole()));
-        QStyleOptionGroupBox frameOnly = option;
-        frameOnly.subControls &= ~QStyle::SC_GroupBoxLabel;
-        style()->drawComplexControl(QStyle::CC_GroupBox, &frameOnly, &framePainter, this);
-        m_frameOption = option;
-        m_frameStyle = style();
-        m_frameFont = font();
-        m_titleRect
-            = style()->subControlRect(QStyle::CC_GroupBox, &option, QStyle::SC_GroupBoxLabel, this);
-    }
-    p.drawPixmap(0, 0, m_frame);
-    if ((option.subControls & QStyle::SC_GroupBoxLabel) && event->region().intersects(m_titleRect)) {
-        QStyleOptionGroupBox titleOnly = option;
-        titleOnly.subControls = QStyle::SC_GroupBoxLabel;
-        style()->drawComplexControl(QStyle::CC_GroupBox, &titleOnly, &p, this);
-    }
 }

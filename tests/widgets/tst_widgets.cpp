@@ -3,6 +3,7 @@
 #include "groupedwidget.h"
 #include "repaintpacer.h"
 #include "standalonewidget.h"
+#include "steadygroupbox.h"
 #include "statelabel.h"
 
 #include <QHBoxLayout>
@@ -137,26 +138,37 @@ void tst_Widgets::groupBoxFrameKeptUntilItsLookChanges_data()
         b.setFont(bold);
     }) << true;
     QTest::newRow("disabled") << BoxChange([](QGroupBox& b) { b.setEnabled(false); }) << true;
+    QTest::newRow("background no longer filled")
+        << BoxChange([](QGroupBox& b) { b.setAutoFillBackground(false); }) << true;
 }
 
 void tst_Widgets::groupBoxFrameKeptUntilItsLookChanges()
 {
     QFETCH(BoxChange, change);
     QFETCH(bool, drawnAgain);
-    // The box kept on a picture against one the style draws each time.
+    // The box kept on a picture against one the style draws each time, each on a window
+    // of a colour of its own; the box fills its background, as a backlighted box does.
     FrameCountingStyle style, referenceStyle;
-    BacklightedGroupBox box("Radar data");
-    QGroupBox reference("Radar data");
-    reference.setAutoFillBackground(true);
+    QWidget window, referenceWindow;
+    QPalette dark = window.palette();
+    dark.setColor(QPalette::Window, QColor(90, 40, 40));
+    for (QWidget* w : {&window, &referenceWindow}) {
+        w->setPalette(dark);
+        w->resize(260, 160);
+    }
+    SteadyGroupBox box("Radar data", &window);
+    QGroupBox reference("Radar data", &referenceWindow);
     box.setStyle(&style);
     reference.setStyle(&referenceStyle);
-    for (QGroupBox* b : {static_cast<QGroupBox*>(&box), &reference})
-        b->resize(200, 120);
-    QCOMPARE(box.grab().toImage(), reference.grab().toImage());
+    for (QGroupBox* b : {static_cast<QGroupBox*>(&box), &reference}) {
+        b->setAutoFillBackground(true);
+        b->setGeometry(10, 10, 200, 120);
+    }
+    QCOMPARE(window.grab().toImage(), referenceWindow.grab().toImage());
     QCOMPARE(style.frames, 1);
     change(box);
     change(reference);
-    QCOMPARE(box.grab().toImage(), reference.grab().toImage());
+    QCOMPARE(window.grab().toImage(), referenceWindow.grab().toImage());
     QCOMPARE(style.frames, drawnAgain ? 2 : 1);
 }
 

@@ -1,0 +1,69 @@
+#include "steadygroupbox.h"
+
+#include <QPaintEvent>
+#include <QPainter>
+#include <QStyle>
+
+SteadyGroupBox::SteadyGroupBox(QWidget* parent)
+    : QGroupBox(parent)
+{
+}
+
+SteadyGroupBox::SteadyGroupBox(const QString& title, QWidget* parent)
+    : QGroupBox(title, parent)
+{
+}
+
+bool SteadyGroupBox::isFrameFor(const QStyleOptionGroupBox& option,
+                                     qreal devicePixelRatio) const
+{
+    const QStyleOptionGroupBox& kept = m_frameOption;
+    return !m_frame.isNull() && m_frameStyle == style() && m_frameFilled == autoFillBackground()
+           && m_frame.devicePixelRatio() == devicePixelRatio && m_frameFont == font()
+           && kept.rect == option.rect && kept.state == option.state
+           && kept.direction == option.direction && kept.palette == option.palette
+           && kept.text == option.text && kept.textColor == option.textColor
+           && kept.textAlignment == option.textAlignment && kept.features == option.features
+           && kept.subControls == option.subControls
+           && kept.activeSubControls == option.activeSubControls
+           && kept.lineWidth == option.lineWidth && kept.midLineWidth == option.midLineWidth;
+}
+
+void SteadyGroupBox::paintEvent(QPaintEvent* event)
+{
+    // A box with a check box (which some styles animate) is drawn by the style every time.
+    if (isCheckable()) {
+        QGroupBox::paintEvent(event);
+        return;
+    }
+    QStyleOptionGroupBox option;
+    initStyleOption(&option);
+    QPainter p(this);
+    const qreal ratio = devicePixelRatioF();
+    if (!isFrameFor(option, ratio)) {
+        // The frame, over the box's background where the box fills it, without the
+        // title: text is smoothed for the surface it is drawn on, so the title is drawn
+        // on the window itself.
+        m_frame = QPixmap((QSizeF(size()) * ratio).toSize());
+        m_frame.setDevicePixelRatio(ratio);
+        m_frame.fill(Qt::transparent);
+        QPainter framePainter(&m_frame);
+        m_frameFilled = autoFillBackground();
+        if (m_frameFilled)
+            framePainter.fillRect(rect(), palette().brush(backgroundRole()));
+        QStyleOptionGroupBox frameOnly = option;
+        frameOnly.subControls &= ~QStyle::SC_GroupBoxLabel;
+        style()->drawComplexControl(QStyle::CC_GroupBox, &frameOnly, &framePainter, this);
+        m_frameOption = option;
+        m_frameStyle = style();
+        m_frameFont = font();
+        m_titleRect
+            = style()->subControlRect(QStyle::CC_GroupBox, &option, QStyle::SC_GroupBoxLabel, this);
+    }
+    p.drawPixmap(0, 0, m_frame);
+    if ((option.subControls & QStyle::SC_GroupBoxLabel) && event->region().intersects(m_titleRect)) {
+        QStyleOptionGroupBox titleOnly = option;
+        titleOnly.subControls = QStyle::SC_GroupBoxLabel;
+        style()->drawComplexControl(QStyle::CC_GroupBox, &titleOnly, &p, this);
+    }
+}
