@@ -7,10 +7,13 @@
 
 namespace {
 
-// Whether a point other than the track's last one lies where `point` does. Recent
-// points are the likely ones: the search runs backwards.
-bool hasEarlier(const QPolygon& screen, const QPoint& point)
+// Whether a point other than the track's last one lies where `point` does. A moving
+// vehicle's new point lies outside the box of its track; otherwise recent points are
+// the likely ones: the search runs backwards.
+bool hasEarlier(const QPolygon& screen, const QRect& bounds, const QPoint& point)
 {
+    if (!bounds.contains(point))
+        return false;
     for (int i = screen.size() - 2; i >= 0; --i) {
         if (screen.at(i) == point)
             return true;
@@ -39,6 +42,7 @@ SchemeTracks::Changes SchemeTracks::update(const QVector<quint8>& order,
         if (screen != m_screenTracks.end()) {
             changes.damage.append(TrackRasterizer::reach(screen->constData(), screen->size()));
             m_screenTracks.erase(screen);
+            m_screenBounds[it.key()] = QRect();
         }
         changes.ended.append(it.key());
         it = m_tracks.erase(it);
@@ -57,11 +61,15 @@ SchemeTracks::Changes SchemeTracks::update(const QVector<quint8>& order,
                 const QPoint point = geometry.xyToScreen(o.xRange, o.yRange);
                 // Points equal to a track's last point carry no mark: one that went
                 // back to an earlier point takes that point's mark away.
-                if (!screen.isEmpty() && point != screen.last() && hasEarlier(screen, point))
+                QRect& bounds = m_screenBounds[o.id];
+                if (!screen.isEmpty() && point != screen.last()
+                    && hasEarlier(screen, bounds, point))
                     changes.damage.append(TrackRasterizer::reach(point));
                 screen.append(point);
+                bounds |= QRect(point, QSize(1, 1));
             } else {
                 screen = geometry.toScreen(track);
+                m_screenBounds[o.id] = screen.boundingRect();
                 ++m_reshaped;
             }
         }
@@ -77,6 +85,7 @@ SchemeTracks::Changes SchemeTracks::update(const QVector<quint8>& order,
                 screen = geometry.isValid() ? geometry.toScreen(track) : QPolygon();
                 ++m_reshaped;
             }
+            m_screenBounds[o.id] = screen.boundingRect();
         }
     }
     return changes;
@@ -90,8 +99,12 @@ void SchemeTracks::refit(const SchemeGeometry& geometry)
     m_averageScreenTracks.clear();
     if (!geometry.isValid())
         return;
-    for (auto it = m_tracks.cbegin(); it != m_tracks.cend(); ++it)
-        m_screenTracks.insert(it.key(), geometry.toScreen(*it));
+    m_screenBounds.fill(QRect());
+    for (auto it = m_tracks.cbegin(); it != m_tracks.cend(); ++it) {
+        const QPolygon screen = geometry.toScreen(*it);
+        m_screenBounds[it.key()] = screen.boundingRect();
+        m_screenTracks.insert(it.key(), screen);
+    }
     for (const QPolygonF& track : qAsConst(m_averageTracks))
         m_averageScreenTracks.append(geometry.toScreen(track));
 }
@@ -100,6 +113,7 @@ void SchemeTracks::clear()
 {
     m_tracks.clear();
     m_screenTracks.clear();
+    m_screenBounds.fill(QRect());
     ++m_reshaped;
 }
 

@@ -10,6 +10,8 @@
 #include <QRect>
 #include <QVector>
 
+#include <array>
+
 class SchemeGeometry;
 
 // The tracks the traffic scheme draws: the current track of every object, in metres
@@ -55,6 +57,8 @@ public:
 private:
     QMap<quint8, QPolygonF> m_tracks;
     QMap<quint8, QPolygon> m_screenTracks;
+    // Holds the box of each track in pixels (or a larger one).
+    std::array<QRect, 256> m_screenBounds{};
     QMap<int, QPolygonF> m_averageTracks;
     QList<QPolygon> m_averageScreenTracks;
     quint64 m_reshaped = 0;
