@@ -1,24 +1,21 @@
 #include "steadygroupbox.h"
 
-#include <QPaintEvent>
 #include <QPainter>
+#include <QPaintEvent>
 #include <QStyle>
 
 SteadyGroupBox::SteadyGroupBox(QWidget* parent)
     : QGroupBox(parent)
-{
-}
+{ }
 
 SteadyGroupBox::SteadyGroupBox(const QString& title, QWidget* parent)
     : QGroupBox(title, parent)
-{
-}
+{ }
 
-bool SteadyGroupBox::isFrameFor(const QStyleOptionGroupBox& option,
-                                     qreal devicePixelRatio) const
+bool SteadyGroupBox::isFrameFor(const QStyleOptionGroupBox& option, qreal devicePixelRatio) const
 {
     const QStyleOptionGroupBox& kept = m_frameOption;
-    return !m_frame.isNull() && m_frameStyle == style() && m_frameFilled == autoFillBackground()
+    return !m_frame.isNull() && m_frameStyle == style()
            && m_frame.devicePixelRatio() == devicePixelRatio && m_frameFont == font()
            && kept.rect == option.rect && kept.state == option.state
            && kept.direction == option.direction && kept.palette == option.palette
@@ -41,16 +38,13 @@ void SteadyGroupBox::paintEvent(QPaintEvent* event)
     QPainter p(this);
     const qreal ratio = devicePixelRatioF();
     if (!isFrameFor(option, ratio)) {
-        // The frame, over the box's background where the box fills it, without the
-        // title: text is smoothed for the surface it is drawn on, so the title is drawn
-        // on the window itself.
+        // The frame alone, to go over whatever is beneath the box as the style would draw
+        // it there; not the title: text is smoothed for the surface it is drawn on, so the
+        // title is drawn on the window itself.
         m_frame = QPixmap((QSizeF(size()) * ratio).toSize());
         m_frame.setDevicePixelRatio(ratio);
         m_frame.fill(Qt::transparent);
         QPainter framePainter(&m_frame);
-        m_frameFilled = autoFillBackground();
-        if (m_frameFilled)
-            framePainter.fillRect(rect(), palette().brush(backgroundRole()));
         QStyleOptionGroupBox frameOnly = option;
         frameOnly.subControls &= ~QStyle::SC_GroupBoxLabel;
         style()->drawComplexControl(QStyle::CC_GroupBox, &frameOnly, &framePainter, this);
@@ -61,7 +55,8 @@ void SteadyGroupBox::paintEvent(QPaintEvent* event)
             = style()->subControlRect(QStyle::CC_GroupBox, &option, QStyle::SC_GroupBoxLabel, this);
     }
     p.drawPixmap(0, 0, m_frame);
-    if ((option.subControls & QStyle::SC_GroupBoxLabel) && event->region().intersects(m_titleRect)) {
+    if ((option.subControls & QStyle::SC_GroupBoxLabel)
+        && event->region().intersects(m_titleRect)) {
         QStyleOptionGroupBox titleOnly = option;
         titleOnly.subControls = QStyle::SC_GroupBoxLabel;
         style()->drawComplexControl(QStyle::CC_GroupBox, &titleOnly, &p, this);

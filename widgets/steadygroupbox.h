@@ -27,5 +27,4 @@ private:
     QStyleOptionGroupBox m_frameOption;
     const QStyle* m_frameStyle = nullptr;
     QFont m_frameFont;
-    bool m_frameFilled = false;
 };
