@@ -34,8 +34,7 @@ private slots:
     void clientFollowsTheProfile();
     void layout_data();
     void layout();
-    void collapseRoundTripsThroughTheProfile();
-    void profileApplicationLaysOutOnce();
+    void switchingProfilesCollapsesAndLaysOutOnce();
     void emptyServerAddressIsStored();
     void requestedResults_data();
     void requestedResults();
@@ -167,33 +166,24 @@ void tst_MainWindow::layout()
         QVERIFY(vertical ? box.bottom() < controls.top() : box.right() < controls.left());
 }
 
-void tst_MainWindow::collapseRoundTripsThroughTheProfile()
+void tst_MainWindow::switchingProfilesCollapsesAndLaysOutOnce()
 {
     QVERIFY(openWindow());
     QVERIFY(waitForLayout());
+    WorkProfileHandler* handler = m_fx->window->profileHandler();
     auto* box = m_fx->window->findChild<CollapsibleGroupBox*>("sendCommandsBox");
     QVERIFY(!box->isCollapsed());
     // A click on the title asks the profile, which collapses the box.
     QTest::mouseClick(box, Qt::LeftButton, {}, box->titleArea().center());
     QVERIFY(box->isCollapsed());
     QCOMPARE(profileValue("view/controls/4/collapsed").toBool(), true);
-    // Another profile expands it, switching back collapses it again.
-    WorkProfileHandler* handler = m_fx->window->profileHandler();
-    handler->applyProfile(handler->appendProfile(-1));
-    QVERIFY(!box->isCollapsed());
-    handler->applyProfile(0);
-    QVERIFY(box->isCollapsed());
-}
-
-void tst_MainWindow::profileApplicationLaysOutOnce()
-{
-    QVERIFY(openWindow());
-    WorkProfileHandler* handler = m_fx->window->profileHandler();
+    handler->setDrawVertical(false); // the second profile differs in layout too
     const int second = handler->appendProfile(-1);
-    handler->setDrawVertical(false); // the second profile differs from the first
     QVERIFY(waitForLayout());
-    // A re-layout starts by hiding the scheme area: it stays shown while the profile's
-    // values arrive, and the end of the profile lays the window out.
+
+    // The second profile expands the box. A re-layout starts by hiding the scheme area:
+    // it stays shown while the profile's values arrive, and the end of the profile lays
+    // the window out.
     QWidget* area = child("objectsMetaWidget");
     bool shownWhileApplying = false;
     QObject ctx;
@@ -201,10 +191,14 @@ void tst_MainWindow::profileApplicationLaysOutOnce()
     connect(handler, &WorkProfileHandler::limitationsPresetsChanged, &ctx,
             [&] { shownWhileApplying = area->isVisible(); });
     handler->applyProfile(second);
+    QVERIFY(!box->isCollapsed());
     QVERIFY(shownWhileApplying);
     QVERIFY(!area->isVisible() && m_fx->window->isLayoutPending());
     QVERIFY(waitForLayout());
     QVERIFY(area->isVisible());
+    // Back to the first profile, the box is collapsed again.
+    handler->applyProfile(0);
+    QVERIFY(box->isCollapsed());
 }
 
 void tst_MainWindow::clientFollowsTheProfile()

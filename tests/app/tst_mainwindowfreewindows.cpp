@@ -14,10 +14,10 @@
 #include "variantids.h"
 #include "workprofilehandler.h"
 
+#include <QAction>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
 #include <QHeaderView>
-#include <QMenuBar>
 #include <QPushButton>
 #include <QTableView>
 #include <QtTest>
@@ -47,7 +47,7 @@ private slots:
 
 private:
     QJsonValue profileValue(const QString& path) const { return m_fx->profileValue(path); }
-    QAction* menuAction(const QString& menu, const QString& text) const;
+    QAction* menuAction(const QString& text) const { return m_fx->menuAction(text); }
 
     std::unique_ptr<LoopbackServer> m_server;
     std::unique_ptr<MainWindowFixture> m_fx;
@@ -64,23 +64,6 @@ void tst_MainWindowFreeWindows::cleanup()
 {
     m_fx.reset();
     m_server.reset();
-}
-
-QAction* tst_MainWindowFreeWindows::menuAction(const QString& menu, const QString& text) const
-{
-    // The first item of that text under the top menu, submenus passed over.
-    QList<QAction*> items;
-    for (QAction* top : m_fx->window->menuBar()->actions())
-        if (top->text() == menu)
-            items = top->menu()->actions();
-    while (!items.isEmpty()) {
-        QAction* action = items.takeFirst();
-        if (action->menu())
-            items += action->menu()->actions();
-        else if (action->text() == text)
-            return action;
-    }
-    return nullptr;
 }
 
 void tst_MainWindowFreeWindows::menuShowsAndClosingHidesTheWindow_data()
@@ -106,7 +89,7 @@ void tst_MainWindowFreeWindows::menuShowsAndClosingHidesTheWindow()
     // Hidden and idle in the default profile; only the projection shows the sight area.
     QVERIFY(!free->isVisible() && !free->isEnabled());
     QSignalSpy sightArea(window, &MainWindow::showSightAreaChanged);
-    QAction* action = menuAction("&View", item);
+    QAction* action = menuAction(item);
     QVERIFY(action && action->isCheckable() && !action->isChecked());
     action->trigger();
     QVERIFY(free->isVisible() && free->isEnabled() && free->isWindow());
@@ -179,7 +162,7 @@ void tst_MainWindowFreeWindows::pickupActionOpensTheWindow()
 {
     QFETCH(QString, item);
     QFETCH(int, mode);
-    QAction* action = menuAction("&Data", item);
+    QAction* action = menuAction(item);
     QVERIFY(action);
     QuestionAnswerer answerer(QMessageBox::Ok);
     action->trigger();
@@ -211,7 +194,7 @@ void tst_MainWindowFreeWindows::videoMenuItemsWriteTheProfile()
 {
     QFETCH(QString, item);
     QFETCH(QString, path);
-    QAction* action = menuAction("&View", item);
+    QAction* action = menuAction(item);
     QVERIFY(action);
     QVERIFY(action->isChecked()); // true in the default profile
     action->trigger();
@@ -224,7 +207,7 @@ void tst_MainWindowFreeWindows::cameraEditorReachesTheProjection()
     // The default profile has no camera configuration: the editor's values fill it.
     QCOMPARE(profileValue("view/monitoring_system/tvms_config/horizontal_view_angle").toDouble(),
              12.0);
-    QAction* customize = menuAction("&View", "Customize &projecting to video");
+    QAction* customize = menuAction("Customize &projecting to video");
     QVERIFY(customize);
     customize->trigger();
     TvmsConfigWidget* editor = m_fx->window->tvmsConfigWidget();

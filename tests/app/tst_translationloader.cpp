@@ -26,7 +26,6 @@ void tst_TranslationLoader::install_data()
     const QStringList german{QString::fromUtf8("Dunvel Orvex Straßen-App"),
                              "Zum Aufklappen auf den Titel klicken", "Abbrechen"};
     QTest::newRow("de_DE falls back to the language catalogues") << "de_DE" << true << german;
-    QTest::newRow("de_AT too") << "de_AT" << true << german;
     QTest::newRow("fr_FR: the toolkit's only")
         << "fr_FR" << true << QStringList{english[0], english[1], "Annuler"};
     QTest::newRow("C locale: none") << "C" << true << english;

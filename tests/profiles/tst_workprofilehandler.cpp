@@ -41,35 +41,6 @@ namespace {
 using H = WorkProfileHandler;
 const QString SettingsFile = QStringLiteral(".orvex-road-app-gui_config.json");
 
-// The built-in default profile, spelled out key by key.
-const QByteArray DefaultProfileJson = R"({
-    "name": "Default profile",
-    "connection": {"radar_protocol": 0, "protocol_forcing": true,
-                   "radar_server_url": "ws://127.0.0.1:7578/"},
-    "view": {
-        "controls": {
-            "0": {"visible": true, "collapsed": false}, "1": {"visible": true, "collapsed": false},
-            "2": {"visible": false, "collapsed": false}, "3": {"visible": true, "collapsed": false},
-            "4": {"visible": true, "collapsed": false}, "5": {"visible": true, "collapsed": false},
-            "6": {"visible": true, "collapsed": false}, "7": {"visible": true, "collapsed": false},
-            "8": {"visible": true, "collapsed": false}, "9": {"visible": true, "collapsed": false},
-            "10": {"visible": false, "collapsed": false}, "11": {"visible": false, "collapsed": false},
-            "12": {"visible": false, "collapsed": false}, "13": {"visible": false, "collapsed": false}
-        },
-        "traffic_scheme": {"draw_vertical": true, "keep_aspect_ratio": true,
-                           "show_sightline": true, "show_current_tracks": true,
-                           "show_average_tracks": false, "tracks_display_mode": 0,
-                           "road_config": {}},
-        "monitoring_system": {"show_lane_boundaries": true, "show_distance_lines": true,
-                              "show_current_tracks": true, "show_average_tracks": false,
-                              "tvms_config": {}},
-        "paint_objects": true,
-        "auto_change_view": true
-    },
-    "data": {"auto_get_data": true},
-    "presets": {}
-})";
-
 QJsonObject parsed(const QByteArray& json)
 {
     return QJsonDocument::fromJson(json).object();
@@ -217,14 +188,16 @@ void tst_WorkProfileHandler::cleanup()
 
 void tst_WorkProfileHandler::defaultProfileOnDisk()
 {
+    // Without a file the first application makes the default profile; it is saved
+    // indented.
     H handler;
     QVERIFY(handler.profileNames().isEmpty());
     handler.applyProfile(handler.currentProfileId());
     handler.saveProfiles(H::SettingsFilePath);
     const QByteArray written = readAll(SettingsFile);
     QVERIFY(written.contains("\n    ")); // indented
-    QCOMPARE(parsed(written), (QJsonObject{{"profiles", QJsonArray{parsed(DefaultProfileJson)}},
-                                           {"current_id", 0}}));
+    QCOMPARE(parsed(written),
+             (QJsonObject{{"profiles", QJsonArray{H::defaultProfile()}}, {"current_id", 0}}));
 }
 
 void tst_WorkProfileHandler::applyAnnouncesEveryValueInOrder_data()
@@ -389,8 +362,8 @@ void tst_WorkProfileHandler::appendRenameRemove()
         QCOMPARE(index, handler.profileNames().size() - 1);
     }
     QCOMPARE(handler.profile(3)["data"], QJsonValue(QJsonObject{{"k", 1}}));
-    QCOMPARE(handler.profile(4), parsed(DefaultProfileJson));
-    QCOMPARE(handler.profile(5), parsed(DefaultProfileJson));
+    QCOMPARE(handler.profile(4), H::defaultProfile());
+    QCOMPARE(handler.profile(5), H::defaultProfile());
     // Names need not be unique; invalid indices are ignored.
     for (int index : {4, 9, -1})
         handler.renameProfile(index, "B");

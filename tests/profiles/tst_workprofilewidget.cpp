@@ -26,8 +26,7 @@ private slots:
     void switchRowWithUnsavedEdit_data();
     void switchRowWithUnsavedEdit();
     void applyAsksOnlyOnReselection();
-    void appendCopiesSelectedProfile();
-    void deleteSelectsSameRowOrLast();
+    void appendAndDelete();
     void closeAsksAboutUnsavedEdit();
 
 private:
@@ -178,35 +177,34 @@ void tst_WorkProfileWidget::applyAsksOnlyOnReselection()
     QVERIFY(!m_delete->isEnabled());
 }
 
-void tst_WorkProfileWidget::appendCopiesSelectedProfile()
+void tst_WorkProfileWidget::appendAndDelete()
 {
-    openWith({"A"}, 0);
+    openWith({"A", "B", "C"}, 0);
     m_widget->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(m_widget.get()));
+    // "+" copies the selected profile and offers its name to be typed over.
+    m_list->setCurrentRow(1);
     m_append->click();
-    QCOMPARE(rows(), (QStringList{"A [current]", "A (copy)"}));
-    QCOMPARE(m_list->currentRow(), 1);
-    QCOMPARE(m_name->selectedText(), QString("A (copy)"));
+    QCOMPARE(rows(), (QStringList{"A [current]", "B", "C", "B (copy)"}));
+    QCOMPARE(m_list->currentRow(), 3);
+    QCOMPARE(m_name->selectedText(), QString("B (copy)"));
     QTRY_VERIFY(m_name->hasFocus());
     QCOMPARE(m_widget->profileHandler()->currentProfileId(), 0);
-    // With no row selected, "+" adds a fresh default profile.
+    // With no row selected it adds a fresh default profile.
     m_list->setCurrentRow(-1);
     m_append->click();
     QCOMPARE(rows().last(), QString("Default profile"));
-}
 
-void tst_WorkProfileWidget::deleteSelectsSameRowOrLast()
-{
-    openWith({"A", "B", "C", "D"}, 0);
+    // Deleting selects the row that moved up, or the new last row.
     m_list->setCurrentRow(1);
     m_delete->click();
-    QCOMPARE(rows(), (QStringList{"A [current]", "C", "D"}));
-    QCOMPARE(m_list->currentRow(), 1); // the next one moved up
+    QCOMPARE(rows(), (QStringList{"A [current]", "C", "B (copy)", "Default profile"}));
+    QCOMPARE(m_list->currentRow(), 1);
     QCOMPARE(m_name->text(), QString("C"));
-    m_list->setCurrentRow(2);
+    m_list->setCurrentRow(3);
     m_delete->click();
-    QCOMPARE(rows(), (QStringList{"A [current]", "C"}));
-    QCOMPARE(m_list->currentRow(), 1); // the new last row
+    QCOMPARE(rows(), (QStringList{"A [current]", "C", "B (copy)"}));
+    QCOMPARE(m_list->currentRow(), 2);
 }
 
 void tst_WorkProfileWidget::closeAsksAboutUnsavedEdit()
