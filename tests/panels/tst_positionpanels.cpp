@@ -1,15 +1,22 @@
+#include "inputdialoganswerer.h"
 #include "iorvexclient.h"
 #include "parhandler.h"
 #include "parstatelabel.h"
+#include "presetbutton.h"
 #include "radarparamnumbering.h"
 #include "readbackmark.h"
 #include "setpolygonwidget.h"
 #include "setpositionwidget.h"
+#include "workprofilehandler.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QGroupBox>
+#include <QHBoxLayout>
+#include <QJsonDocument>
+#include <QMenu>
 #include <QPushButton>
+#include <QToolButton>
 #include <QtTest>
 #include <QVBoxLayout>
 
@@ -22,7 +29,9 @@ using L = ParStateLabel;
 
 // The position and limitations panels on their own, each in a titled box: the exact
 // requests their buttons and the radar's start of work produce, when they take input,
-// and what they make of the radar's answers, those beyond their ranges included.
+// what they make of the radar's answers, those beyond their ranges included, and their
+// preset rows: which stored elements become buttons, what a button fills in, the
+// operator's edits, and the list's round trip through the work profile.
 class tst_PositionPanels : public QObject
 {
     Q_OBJECT
@@ -45,6 +54,13 @@ private slots:
     void usageSwitch();
     void enabling_data();
     void enabling();
+    void storedPresets_data();
+    void storedPresets();
+    void presetFillsTheInputs_data();
+    void presetFillsTheInputs();
+    void presetEdits_data();
+    void presetEdits();
+    void profileEchoIsNotTakenIn();
 
 private:
     QDoubleSpinBox* spin(const QString& name) const
@@ -55,6 +71,13 @@ private:
     L* label(const QString& name) const { return m_window->findChild<L*>(name + "ResultLabel"); }
     void record(const QString& request, const QWidget* panel);
     void setWorking();
+    PresetedWidget* panel(const QString& name) const
+    {
+        return name == "position" ? static_cast<PresetedWidget*>(m_position) : m_limitations;
+    }
+    // The preset row's buttons in order, each knowing its own place; empty if one does not.
+    static QList<PresetButton*> presetButtons(const PresetedWidget* panel);
+    static QStringList presetNames(const PresetedWidget* panel);
 
     std::unique_ptr<QWidget> m_window;
     SetPositionWidget* m_position = nullptr;
@@ -74,6 +97,18 @@ const QStringList AreaRead{"get speed 0",  "get speed 1", "get speed 2", "get sp
                            "get treat 0",  "get point 0", "get point 8", "get point 2",
                            "get point 10", "get point 1", "get point 9", "get point 3",
                            "get point 11"};
+
+QJsonArray array(const QByteArray& text)
+{
+    return QJsonDocument::fromJson("[" + text + "]").array();
+}
+
+// A stored position preset's values, and a limitations preset's.
+const QByteArray Six = R"("height": 6, "x_offset": 1, "y_offset": 2, "azimuth": 3,
+                          "altitude": 4, "roll": 5)";
+const QByteArray Nine = R"("point_count": 4, "speed_x_min": 2, "speed_x_max": 90,
+    "speed_y_min": 1, "speed_y_max": 20, "position_x_min": 10, "position_x_max": 150,
+    "position_y_min": -5, "position_y_max": 5)";
 
 } // namespace
 
@@ -146,6 +181,27 @@ void tst_PositionPanels::setWorking()
     m_position->showRadarState(C::Working);
     m_limitations->showRadarState(C::Working);
     m_requests.clear();
+}
+
+QList<PresetButton*> tst_PositionPanels::presetButtons(const PresetedWidget* panel)
+{
+    QList<PresetButton*> result;
+    const QLayout* row = panel->findChild<QHBoxLayout*>("presetButtonsLayout");
+    for (int i = 0; i < row->count(); ++i) {
+        auto* b = qobject_cast<PresetButton*>(row->itemAt(i)->widget());
+        if (!b || b->presetId() != i)
+            return {};
+        result << b;
+    }
+    return result;
+}
+
+QStringList tst_PositionPanels::presetNames(const PresetedWidget* panel)
+{
+    QStringList names;
+    for (const PresetButton* b : presetButtons(panel))
+        names << b->text();
+    return names;
 }
 
 void tst_PositionPanels::requests_data()
@@ -395,6 +451,206 @@ void tst_PositionPanels::enabling()
                                   Q_ARG(int, commandState), Q_ARG(int, 0));
     QTEST(p->isEnabled(), "enabled");
     QTEST(p->parentWidget()->isEnabled(), "enabled"); // the whole titled box
+}
+
+void tst_PositionPanels::storedPresets_data()
+{
+    QTest::addColumn<QString>("panel");
+    QTest::addColumn<QByteArray>("stored");
+    QTest::addColumn<QByteArray>("kept"); // as handed back to the profile
+
+    const QByteArray positionDefault = R"({"name": "Default preset", "height": 5,
+        "x_offset": 0, "y_offset": 0, "azimuth": 0, "altitude": 0, "roll": 0})";
+    QTest::newRow("position: none stored, a default preset of the present values")
+        << "position" << QByteArray() << positionDefault;
+    QTest::newRow("limitations: none stored, a default preset of the present values")
+        << "limitations" << QByteArray()
+        << QByteArray(R"({"name": "Default preset", "point_count": 4, "speed_x_min": 1,
+            "speed_x_max": 100, "speed_y_min": 0, "speed_y_max": 10, "position_x_min": 5,
+            "position_x_max": 100, "position_y_min": -10, "position_y_max": 10})");
+    QTest::newRow("position: strings, nulls, numbers, arrays and empty objects dropped")
+        << "position"
+        << "\"A\", null, 3, true, [1], {}, {\"name\": \"P\", " + Six + "}"
+        << "{\"name\": \"P\", " + Six + "}";
+    QTest::newRow("position: empty, missing and non-string names dropped; a name repeats")
+        << "position"
+        << "{\"name\": \"\", " + Six + "}, {" + Six + "}, {\"name\": 7, " + Six
+               + "}, {\"name\": \"Q\", " + Six + "}, {\"name\": \"Q\", " + Six + "}"
+        << "{\"name\": \"Q\", " + Six + "}, {\"name\": \"Q\", " + Six + "}";
+    QTest::newRow("position: a preset lacking roll dropped, none left: the default")
+        << "position" << QByteArray(R"({"name": "R", "height": 6, "x_offset": 1,
+            "y_offset": 2, "azimuth": 3, "altitude": 4})")
+        << positionDefault;
+    const QByteArray odd = R"({"name": "H", "height": 1e300, "x_offset": "far", "y_offset": null,
+        "azimuth": -1e300, "altitude": 4, "roll": 5, "note": "kept"})";
+    QTest::newRow("position: huge numbers, strings and extra keys kept as stored")
+        << "position" << odd << odd;
+    QTest::newRow("limitations: lacking point_count or position_y_max dropped")
+        << "limitations"
+        << "{\"name\": \"no count\", " + QByteArray(Nine).replace("\"point_count\": 4,", "")
+               + "}, {\"name\": \"no y max\", "
+               + QByteArray(Nine).replace(", \"position_y_max\": 5", "") + "}, {\"name\": \"T\", "
+               + Nine + "}"
+        << "{\"name\": \"T\", " + Nine + "}";
+}
+
+void tst_PositionPanels::storedPresets()
+{
+    QFETCH(QString, panel);
+    QFETCH(QByteArray, stored);
+    QFETCH(QByteArray, kept);
+    PresetedWidget* p = this->panel(panel);
+    QSignalSpy spy(p, &PresetedWidget::presetsChanged);
+    QVERIFY(!array(kept).isEmpty());
+
+    p->setPresets(array(stored));
+    QCOMPARE(spy.count(), 1); // the cleaned list goes back to the profile
+    QCOMPARE(spy.at(0).at(0).toJsonArray(), array(kept));
+    QCOMPARE(p->presets(), array(kept));
+    QStringList keptNames;
+    for (const QJsonValue& preset : array(kept))
+        keptNames << preset.toObject().value("name").toString();
+    QCOMPARE(presetNames(p), keptNames);
+}
+
+void tst_PositionPanels::presetFillsTheInputs_data()
+{
+    QTest::addColumn<QString>("panel");
+    QTest::addColumn<QByteArray>("preset");
+    QTest::addColumn<QStringList>("spins");
+    QTest::addColumn<QList<double>>("values");
+
+    QTest::newRow("position: height 30 as 20, huge at the ends, not a number as 0")
+        << "position"
+        << QByteArray(R"({"name": "P", "height": 30, "x_offset": 1e300, "y_offset": -1e300,
+            "azimuth": 12.34, "altitude": "-3", "roll": null})")
+        << Pose << QList<double>{20, 25, -25, 12.34, 0, 0};
+    QTest::newRow("limitations: vertex count 6 as 4, not a number as 0, then clamped")
+        << "limitations" << QByteArray(R"({"name": "L", "point_count": 6, "speed_x_min": 2.5,
+            "speed_x_max": null, "speed_y_min": 1e300, "speed_y_max": 15,
+            "position_x_min": -7, "position_x_max": "far", "position_y_min": true,
+            "position_y_max": 3})")
+        << Bounds << QList<double>{2.5, 10, 10, 15, 0, 50, 0, 3};
+}
+
+void tst_PositionPanels::presetFillsTheInputs()
+{
+    QFETCH(QString, panel);
+    QFETCH(QByteArray, preset);
+    QFETCH(QStringList, spins);
+    QFETCH(QList<double>, values);
+    setWorking(); // the panels, their presets included, take input only while the radar works
+    PresetedWidget* p = this->panel(panel);
+    p->setPresets(array(preset));
+    auto* pointCount = m_window->findChild<QSpinBox*>("pointCountSpin");
+    pointCount->setValue(7);
+
+    presetButtons(p).at(0)->click();
+    for (int i = 0; i < spins.size(); ++i)
+        QCOMPARE(spin(spins.at(i))->value(), values.at(i));
+    QCOMPARE(pointCount->value(), panel == "limitations" ? 4 : 7);
+    QVERIFY(m_requests.isEmpty()); // the inputs only: nothing goes to the radar
+}
+
+void tst_PositionPanels::presetEdits_data()
+{
+    QTest::addColumn<Action>("action");
+    QTest::addColumn<QStringList>("answers"); // to the name dialog; null cancels
+    QTest::addColumn<QString>("offered"); // the dialog's pre-filled name
+    QTest::addColumn<QStringList>("names");
+    QTest::addColumn<int>("announced"); // lists handed to the profile
+    QTest::addColumn<QList<double>>("heights"); // of the presets afterwards
+
+    const auto add = [](tst_PositionPanels* t) {
+        t->m_window->findChild<QToolButton*>("addPresetButton")->click();
+    };
+    const auto menuItem = [](int index, int item) {
+        return [index, item](tst_PositionPanels* t) {
+            t->presetButtons(t->m_position).at(index)->menu()->actions().at(item)->trigger();
+        };
+    };
+    QTest::newRow("add: the operator's name, the present values")
+        << Action(add) << QStringList{"Kerb 9.5 m"} << "New preset"
+        << QStringList{"A", "B", "Kerb 9.5 m"} << 1 << QList<double>{6, 7, 9.5};
+    QTest::newRow("add cancelled: nothing") << Action(add) << QStringList{QString()} << "New preset"
+                                            << QStringList{"A", "B"} << 0 << QList<double>{6, 7};
+    QTest::newRow("add under a name that exists: a second button")
+        << Action(add) << QStringList{"A"} << "New preset" << QStringList{"A", "B", "A"} << 1
+        << QList<double>{6, 7, 9.5};
+    QTest::newRow("rename: same place, same values")
+        << Action(menuItem(0, 0)) << QStringList{"North"} << "A" << QStringList{"North", "B"} << 1
+        << QList<double>{6, 7};
+    QTest::newRow("update: the present values under the old name")
+        << Action(menuItem(1, 1)) << QStringList{} << QString() << QStringList{"A", "B"} << 1
+        << QList<double>{6, 9.5};
+    QTest::newRow("delete: the others move up")
+        << Action(menuItem(0, 3)) << QStringList{} << QString() << QStringList{"B"} << 1
+        << QList<double>{7};
+}
+
+void tst_PositionPanels::presetEdits()
+{
+    QFETCH(Action, action);
+    QFETCH(QStringList, answers);
+    QFETCH(int, announced);
+    QFETCH(QList<double>, heights);
+    setWorking();
+    m_position->setPresets(array("{\"name\": \"A\", " + Six + "}, {\"name\": \"B\", "
+                                 + QByteArray(Six).replace("\"height\": 6", "\"height\": 7")
+                                 + "}"));
+    spin("height")->setValue(9.5);
+    QSignalSpy spy(m_position, &PresetedWidget::presetsChanged);
+    InputDialogAnswerer answerer(answers);
+
+    action(this);
+    QCOMPARE(answerer.count, answers.size());
+    if (answerer.count > 0) {
+        QCOMPARE(answerer.title, QString("Preset name"));
+        QCOMPARE(answerer.label, QString("Enter new preset name"));
+        QTEST(answerer.offered, "offered");
+    }
+    QTEST(presetNames(m_position), "names");
+    QCOMPARE(spy.count(), announced);
+    if (announced > 0)
+        QCOMPARE(spy.last().at(0).toJsonArray(), m_position->presets());
+    QList<double> stored;
+    for (const QJsonValue& preset : m_position->presets())
+        stored << preset.toObject().value("height").toDouble();
+    QCOMPARE(stored, heights);
+    QVERIFY(m_requests.isEmpty());
+}
+
+void tst_PositionPanels::profileEchoIsNotTakenIn()
+{
+    // Wired as in the main window: the handler answers every list the panel announces
+    // with its own change signal, which comes straight back.
+    WorkProfileHandler handler;
+    connect(m_position, &PresetedWidget::presetsChanged, &handler,
+            &WorkProfileHandler::setPositionPresets);
+    connect(&handler, &WorkProfileHandler::positionPresetsChanged, m_position,
+            &PresetedWidget::setPresets);
+    const auto stored = [&handler] {
+        return handler.profile(0).value("presets").toObject().value("position_presets");
+    };
+    setWorking();
+    handler.applyProfile(0); // a new profile has no presets
+    QCOMPARE(presetNames(m_position), QStringList{"Default preset"});
+    QCOMPARE(stored().toArray(), m_position->presets());
+
+    // A button's menu opens where it was asked for.
+    PresetButton* b = presetButtons(m_position).at(0);
+    emit b->customContextMenuRequested(QPoint(3, 3));
+    QTRY_VERIFY(b->menu()->isVisible());
+    QCOMPARE(b->menu()->pos(), b->mapToGlobal(QPoint(3, 3)));
+    b->menu()->hide();
+
+    // Deleting the last preset leaves none, in the panel and in the profile: the echo
+    // of the empty list would bring the default preset back if it were taken in.
+    b->menu()->actions().at(3)->trigger();
+    QVERIFY(presetNames(m_position).isEmpty());
+    QCOMPARE(stored().toArray(), QJsonArray());
+    handler.applyProfile(0); // the next application brings it back
+    QCOMPARE(presetNames(m_position), QStringList{"Default preset"});
 }
 
 QTEST_MAIN(tst_PositionPanels)

@@ -68,13 +68,9 @@ private slots:
     void init();
     void cleanup();
 
-    void sightFollowsTheModel_data();
-    void sightFollowsTheModel();
     void shownFrameLagsByTheVideoDelay_data();
     void shownFrameLagsByTheVideoDelay();
-    void emptyFramesPileUpWhileTheModelIsInvalid();
-    void offlineRadarClearsTheView();
-    void disabledWindowTakesNoFrames();
+    void framesFollowThePoseTheRadarAndTheWindow();
     void tracksFarOutsideThePicturePaint_data();
     void tracksFarOutsideThePicturePaint();
     void adjustmentButtonsMoveOneEdge();
@@ -82,8 +78,6 @@ private slots:
     void rightClickAbortsThePickup();
     void pickupFindsThePose_data();
     void pickupFindsThePose();
-    void badClicksEndCleanly_data();
-    void badClicksEndCleanly();
     void interruptedSearchRestoresThePose_data();
     void interruptedSearchRestoresThePose();
 
@@ -127,35 +121,6 @@ void tst_ProjectionWidget::feedFrame(const QDateTime& time, quint8 id, double x)
     m_view->finishFilling({id});
 }
 
-void tst_ProjectionWidget::sightFollowsTheModel_data()
-{
-    QTest::addColumn<double>("height");
-    QTest::addColumn<double>("elevation");
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<int>("corners");
-    QTest::newRow("radar 6 m up, 10 degrees down") << 6.0 << 10.0 << QSize(Width, Height) << 4;
-    QTest::newRow("level radar") << 6.0 << 0.0 << QSize(Width, Height) << 0;
-    QTest::newRow("window 63 pixels wide") << 6.0 << 10.0 << QSize(63, Height) << 0;
-}
-
-void tst_ProjectionWidget::sightFollowsTheModel()
-{
-    QFETCH(double, height);
-    QFETCH(double, elevation);
-    QFETCH(QSize, size);
-    QFETCH(int, corners);
-    QSignalSpy sight(m_view.get(), &ProjectionWidget::sight);
-    QVERIFY(sight.isValid());
-    m_view->resize(size);
-    m_view->showPosition(height, 0.0, 0.0, 0.0, elevation, 0.0, true);
-    QVERIFY(!sight.isEmpty());
-    const QList<QVariant> last = sight.last();
-    QCOMPARE(last.at(2).value<QPolygonF>().size(), corners);
-    QCOMPARE(m_view->model().isValid(), corners > 0);
-    if (corners > 0)
-        QVERIFY(std::fabs(last.at(1).toPointF().x() - 6.0 / std::tan(10.0 * M_PI / 180.0)) < 1e-9);
-}
-
 void tst_ProjectionWidget::shownFrameLagsByTheVideoDelay_data()
 {
     QTest::addColumn<int>("delay");
@@ -179,45 +144,41 @@ void tst_ProjectionWidget::shownFrameLagsByTheVideoDelay()
     QCOMPARE(m_view->bufferedFrames(), waiting);
 }
 
-void tst_ProjectionWidget::emptyFramesPileUpWhileTheModelIsInvalid()
+void tst_ProjectionWidget::framesFollowThePoseTheRadarAndTheWindow()
 {
     // No radar pose yet: the frames started meanwhile wait, empty, and all become
     // current in turn once the model is valid.
     for (int f = 0; f < 3; ++f)
         feedFrame(QDateTime::currentDateTimeUtc(), 7, 20.0);
     QCOMPARE(m_view->bufferedFrames(), 3);
+    // The scheme hears where the camera looks: the axis point and the picture's corners
+    // on the road.
+    QSignalSpy sight(m_view.get(), &ProjectionWidget::sight);
     placeRadar();
-    feedFrame(QDateTime::currentDateTimeUtc(), 7, 20.0);
-    QCOMPARE(m_view->bufferedFrames(), 0);
-    QCOMPARE(m_view->currentFrame().objects.size(), 1);
-}
-
-void tst_ProjectionWidget::offlineRadarClearsTheView()
-{
-    placeRadar();
+    QCOMPARE(sight.last().at(2).value<QPolygonF>().size(), 4);
+    QCOMPARE(sight.last().at(1).toPointF(), m_view->model().axisPoint());
     for (int f = 0; f < 5; ++f)
         feedFrame(QDateTime::currentDateTimeUtc().addMSecs(-100 * (5 - f)), 3, 20.0 + f);
+    QCOMPARE(m_view->bufferedFrames(), 0);
     QCOMPARE(m_view->tracks().rawTrack(3).size(), 5);
-    QSignalSpy sight(m_view.get(), &ProjectionWidget::sight);
+
+    // A disabled window drops what it shows and takes no frames.
+    m_view->setEnabled(false);
+    QVERIFY(m_view->tracks().isEmpty());
+    feedFrame(QDateTime::currentDateTimeUtc(), 4, 21.0);
+    QVERIFY(m_view->currentFrame().objects.isEmpty());
+    QCOMPARE(m_view->bufferedFrames(), 0);
+    m_view->setEnabled(true);
+    feedFrame(QDateTime::currentDateTimeUtc(), 5, 22.0);
+    QCOMPARE(m_view->currentFrame().sortedIds, QVector<quint8>{5});
+
+    // A radar going offline takes the pose, the tracks and the frame with it.
     m_view->showRadarState(IOrvexClient::Offline);
     QVERIFY(m_view->tracks().isEmpty());
     QVERIFY(m_view->currentFrame().objects.isEmpty());
     QVERIFY(!m_view->model().isValid());
     QVERIFY(sight.last().at(2).value<QPolygonF>().isEmpty());
     m_view->repaint(); // nothing to draw, and no crash drawing it
-}
-
-void tst_ProjectionWidget::disabledWindowTakesNoFrames()
-{
-    placeRadar();
-    feedFrame(QDateTime::currentDateTimeUtc(), 3, 20.0);
-    m_view->setEnabled(false);
-    QVERIFY(m_view->currentFrame().objects.isEmpty());
-    feedFrame(QDateTime::currentDateTimeUtc(), 4, 21.0);
-    QCOMPARE(m_view->bufferedFrames(), 0);
-    m_view->setEnabled(true);
-    feedFrame(QDateTime::currentDateTimeUtc(), 5, 22.0);
-    QCOMPARE(m_view->currentFrame().sortedIds, QVector<quint8>{5});
 }
 
 void tst_ProjectionWidget::tracksFarOutsideThePicturePaint_data()
@@ -357,30 +318,6 @@ void tst_ProjectionWidget::pickupFindsThePose()
     QCOMPARE(m_view->radarPoseDegrees().height, 6.0);
     QVERIFY(std::fabs(m_view->halfViewAngleDegrees() - halfAngle) < 1e-9);
     QVERIFY(m_view->model().isValid());
-}
-
-void tst_ProjectionWidget::badClicksEndCleanly_data()
-{
-    QTest::addColumn<QVector<QPoint>>("clicks");
-    QTest::newRow("the window's corners")
-        << QVector<QPoint>{{0, 0}, {Width - 1, 0}, {0, Height - 1}, {Width - 1, Height - 1}};
-    QTest::newRow("all on the top edge, where the horizon may lie")
-        << QVector<QPoint>{{10, 0}, {200, 0}, {500, 0}, {790, 0}};
-    QTest::newRow("one point four times") << QVector<QPoint>(4, QPoint(400, 500));
-}
-
-void tst_ProjectionWidget::badClicksEndCleanly()
-{
-    QFETCH(QVector<QPoint>, clicks);
-    placeRadar();
-    DialogAnswerer answerer({3.0, -3.0, 3.0, -3.0});
-    m_view->pickupParameters(1);
-    mark(clicks);
-    // Found or not, a report came and the pose is back.
-    QCOMPARE(answerer.titles.last(), QString("Picked parameters"));
-    QCOMPARE(m_view->radarPoseDegrees().height, 6.0);
-    QVERIFY(m_view->model().isValid());
-    QVERIFY(!m_view->pickup()->isComputing());
 }
 
 void tst_ProjectionWidget::interruptedSearchRestoresThePose_data()
