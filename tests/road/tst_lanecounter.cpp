@@ -151,8 +151,6 @@ QStringList countVehicles(const QStringList& drives, double line = 50.0)
     return counted;
 }
 
-const qint64 TenOClock = QDateTime(QDate(2026, 3, 2), QTime(10, 0), Qt::UTC).toMSecsSinceEpoch();
-
 QString number(double value, int decimals = 2)
 {
     return std::isnan(value) ? QStringLiteral("-") : QString::number(value, 'f', decimals);
@@ -173,13 +171,13 @@ QString describe(const LaneStatistics::Figures& f)
 
 VehicleCrossing crossing(qint64 ms, int lane, int direction, double speed, double length)
 {
-    return {TenOClock + ms, lane, direction, speed, length};
+    return {StartMs + ms, lane, direction, speed, length};
 }
 
 void frames(LaneStatistics& statistics, qint64 fromMs, qint64 toMs)
 {
     for (qint64 ms = fromMs; ms <= toMs; ms += 100)
-        statistics.addFrame(TenOClock + ms);
+        statistics.addFrame(StartMs + ms);
 }
 
 // The rank-based definition: with the values in ascending order x(1) ... x(n), the
@@ -210,7 +208,6 @@ private slots:
     void counting();
     void lineAcrossTheRoad_data();
     void lineAcrossTheRoad();
-    void refusedLines_data();
     void refusedLines();
     void percentile_data();
     void percentile();
@@ -335,31 +332,21 @@ void tst_LaneCounter::lineAcrossTheRoad()
     QCOMPARE(line.laneAt(line.across(p.x(), p.y())), 1);
 }
 
-void tst_LaneCounter::refusedLines_data()
-{
-    QTest::addColumn<QJsonObject>("config");
-    QTest::addColumn<double>("distance");
-    QTest::addColumn<int>("problem");
-
-    QJsonObject noLanes = road();
-    noLanes["parts"] = QJsonObject{{"1", QJsonObject{{"width", 3.5}}}};
-    QJsonObject noSections = road();
-    noSections.remove("sections");
-    QTest::newRow("road without lanes") << noLanes << 50.0 << int(DetectionLine::NoLanes);
-    QTest::newRow("lanes but no road laid") << noSections << 0.0 << int(DetectionLine::NoRoad);
-    QTest::newRow("past the road's end") << road() << 300.5 << int(DetectionLine::OutsideRoad);
-    QTest::newRow("not a number") << road() << qQNaN() << int(DetectionLine::OutsideRoad);
-}
-
 void tst_LaneCounter::refusedLines()
 {
-    QFETCH(QJsonObject, config);
-    QFETCH(double, distance);
-    QFETCH(int, problem);
-
     DetectionLine line;
-    QCOMPARE(int(line.setRoad(config, distance)), problem);
+    QJsonObject noLanes = road();
+    noLanes["parts"] = QJsonObject{{"1", QJsonObject{{"width", 3.5}}}};
+    QCOMPARE(line.setRoad(noLanes, 50.0), DetectionLine::NoLanes);
     QVERIFY(!line.isValid());
+    QJsonObject noSections = road(); // lanes, but no road laid
+    noSections.remove("sections");
+    QCOMPARE(line.setRoad(noSections, 0.0), DetectionLine::NoRoad);
+    QVERIFY(!line.isValid());
+    for (double pastTheEnd : {300.5, qQNaN()}) {
+        QCOMPARE(line.setRoad(road(), pastTheEnd), DetectionLine::OutsideRoad);
+        QVERIFY(!line.isValid());
+    }
 }
 
 void tst_LaneCounter::percentile_data()
@@ -405,12 +392,12 @@ void tst_LaneCounter::percentile()
 
 void tst_LaneCounter::figuresPerInterval_data()
 {
-    QTest::addColumn<int>("minute"); // after 10:00
+    QTest::addColumn<int>("minute"); // after 08:00
     QTest::addColumn<int>("lane");
     QTest::addColumn<int>("direction");
     QTest::addColumn<QString>("figures");
 
-    // Watched from 10:00:30 to 10:02:10; vehicles as set up in figuresPerInterval().
+    // Watched from 08:00:30 to 08:02:10; vehicles as set up in figuresPerInterval().
     QTest::newRow("three vehicles, headways within the minute")
         << 0 << -1 << R
         << "count 3, mean 25.00, v50 25.00, v85 28.50, v95 29.50, min 20.00, max 30.00, "
@@ -450,7 +437,7 @@ void tst_LaneCounter::figuresPerInterval()
     // Three minutes, two lanes in ascending number, receding before approaching.
     QCOMPARE(rows.size(), 3 * 2 * 2);
     for (int i = 0; i < rows.size(); ++i) {
-        QCOMPARE(rows[i].startMs, TenOClock + (i / 4) * 60000);
+        QCOMPARE(rows[i].startMs, StartMs + (i / 4) * 60000);
         QCOMPARE(rows[i].lane, i % 4 < 2 ? -1 : 1);
         QCOMPARE(rows[i].direction, i % 2 == 0 ? R : A);
     }
@@ -488,7 +475,7 @@ void tst_LaneCounter::watchedTime()
     int headways = 0;
     for (const LaneStatistics::Row& row : statistics.intervalRows()) {
         if (row.direction == R) {
-            starts << QString::number((row.startMs - TenOClock) / 1000);
+            starts << QString::number((row.startMs - StartMs) / 1000);
             headways += row.figures.headways;
         }
     }

@@ -1,3 +1,4 @@
+#include "iorvexclient.h"
 #include "objectstablewidget.h"
 
 #include <QGroupBox>
@@ -28,11 +29,9 @@ private slots:
     void cellFormats();
     void updateTimeAcrossClockChanges();
     void oneRowPerObjectInArrivalOrder();
-    void idCellColours_data();
     void idCellColours();
     // The cells are drawn by the table's own delegate: colours, text and selection.
     void cellsAsDrawn();
-    void nonWorkingStateEmptiesAndDisables_data();
     void nonWorkingStateEmptiesAndDisables();
     void columnsFitTheirTexts_data();
     void columnsFitTheirTexts();
@@ -83,34 +82,24 @@ void tst_ObjectsTableWidget::cleanup()
 void tst_ObjectsTableWidget::cellFormats_data()
 {
     QTest::addColumn<QList<double>>("values"); // xSpeed, ySpeed, xRange, yRange, length
-    QTest::addColumn<QDateTime>("updated");
     QTest::addColumn<QString>("texts");
 
     QTest::newRow("speeds in km/h")
-        << QList<double>{10, -2.5, 0, 0, 0} << SomeTime << "7|36.0|-9.0|0.00|0.00|0.0|13:15:30.045";
+        << QList<double>{10, -2.5, 0, 0, 0} << "7|36.0|-9.0|0.00|0.00|0.0|13:15:30.045";
     QTest::newRow("ranges with two decimals, length with one")
-        << QList<double>{0, 0, 3.14159, -7.5, 4.26} << SomeTime
-        << "7|0.0|0.0|3.14|-7.50|4.3|13:15:30.045";
-    QTest::newRow("no thousands separator")
-        << QList<double>{1000, 0, 12345.678, 0, 1234.56} << SomeTime
-        << "7|3600.0|0.0|12345.68|0.00|1234.6|13:15:30.045";
-    QTest::newRow("date not shown, local time past midnight")
-        << QList<double>{0, 0, 0, 0, 0} << QDateTime(QDate(2024, 1, 1), QTime(22, 0, 0, 5), Qt::UTC)
-        << "7|0.0|0.0|0.00|0.00|0.0|01:00:00.005";
-    QTest::newRow("invalid update time shows nothing")
-        << QList<double>{0, 0, 0, 0, 0} << QDateTime() << "7|0.0|0.0|0.00|0.00|0.0|";
+        << QList<double>{0, 0, 3.14159, -7.5, 4.26} << "7|0.0|0.0|3.14|-7.50|4.3|13:15:30.045";
+    QTest::newRow("no thousands separator") << QList<double>{1000, 0, 12345.678, 0, 1234.56}
+                                            << "7|3600.0|0.0|12345.68|0.00|1234.6|13:15:30.045";
 }
 
 void tst_ObjectsTableWidget::cellFormats()
 {
     QFETCH(QList<double>, values);
-    QFETCH(QDateTime, updated);
-    QFETCH(QString, texts);
     m_widget->startFilling();
-    m_widget->addObject(7, values[0], values[1], values[2], values[3], values[4], updated);
+    m_widget->addObject(7, values[0], values[1], values[2], values[3], values[4], SomeTime);
     m_widget->finishFilling();
     QCOMPARE(m_table->rowCount(), 1);
-    QCOMPARE(rowTexts(0).join('|'), texts);
+    QTEST(rowTexts(0).join('|'), "texts");
     for (int column = 0; column < 7; ++column) {
         const QTableWidgetItem* item = m_table->item(0, column);
         QVERIFY(!(item->flags() & Qt::ItemIsEditable));
@@ -121,7 +110,8 @@ void tst_ObjectsTableWidget::cellFormats()
 
 void tst_ObjectsTableWidget::updateTimeAcrossClockChanges()
 {
-    // Central European time; summer time begins on 29 March 2026 at 01:00 UTC.
+    // Central European time; summer time begins on 29 March 2026 at 01:00 UTC. The date
+    // is not shown; an invalid time shows nothing.
     qputenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
     tzset();
     const struct
@@ -134,6 +124,7 @@ void tst_ObjectsTableWidget::updateTimeAcrossClockChanges()
         {QDateTime(QDate(2026, 3, 29), QTime(1, 0), Qt::UTC), "03:00:00.000"},
         {QDateTime(QDate(2026, 3, 29), QTime(1, 14, 59, 999), Qt::UTC), "03:14:59.999"},
         {QDateTime(QDate(1969, 12, 31), QTime(23, 59, 59, 500), Qt::UTC), "00:59:59.500"},
+        {QDateTime(), ""},
     };
     for (const auto& stamp : stamps) {
         m_widget->startFilling();
@@ -175,39 +166,29 @@ void tst_ObjectsTableWidget::oneRowPerObjectInArrivalOrder()
     QCOMPARE(m_table->rowCount(), 0);
 }
 
-void tst_ObjectsTableWidget::idCellColours_data()
-{
-    QTest::addColumn<bool>("paint");
-    QTest::addColumn<int>("id");
-    QTest::addColumn<QColor>("base");
-    QTest::addColumn<QColor>("text");
-
-    const QColor black(0, 0, 0), white(255, 255, 255);
-    QTest::newRow("painting off: entry 0 for id 4") << false << 4 << white << black;
-    QTest::newRow("id 4: red with white text") << true << 4 << QColor(255, 0, 0) << white;
-    QTest::newRow("id 19: grey with black text") << true << 19 << QColor(159, 159, 159) << black;
-    QTest::newRow("id 29 wraps to entry 4") << true << 29 << QColor(255, 0, 0) << white;
-    QTest::newRow("id 255 wraps to entry 5") << true << 255 << QColor(0, 255, 0) << black;
-}
-
 void tst_ObjectsTableWidget::idCellColours()
 {
-    QFETCH(bool, paint);
-    QFETCH(int, id);
-    QFETCH(QColor, base);
-    QFETCH(QColor, text);
-    // Painting switched on or off takes effect with the next frame.
-    frame({quint8(id)});
-    m_widget->setPaintObjects(paint);
-    QCOMPARE(m_table->item(0, 0)->background().color(), QColor(255, 255, 255));
-    frame({quint8(id)});
-    QCOMPARE(m_table->item(0, 0)->background(), QBrush(base));
-    QCOMPARE(m_table->item(0, 0)->foreground(), QBrush(text));
-    // The other cells keep the table's own colours.
-    for (int column = 1; column < 7; ++column) {
-        QCOMPARE(m_table->item(0, column)->background().style(), Qt::NoBrush);
-        QCOMPARE(m_table->item(0, column)->foreground().style(), Qt::NoBrush);
-    }
+    // Only the id cell carries the object's colours, picked by id modulo 25; painting
+    // switched on or off takes effect with the next frame.
+    const QColor black(0, 0, 0), white(255, 255, 255), red(255, 0, 0);
+    const auto colours = [this](quint8 id, const QColor& base, const QColor& text) {
+        frame({id});
+        QCOMPARE(m_table->item(0, 0)->background(), QBrush(base));
+        QCOMPARE(m_table->item(0, 0)->foreground(), QBrush(text));
+        for (int column = 1; column < 7; ++column) {
+            QCOMPARE(m_table->item(0, column)->background().style(), Qt::NoBrush);
+            QCOMPARE(m_table->item(0, column)->foreground().style(), Qt::NoBrush);
+        }
+    };
+    colours(4, white, black); // painting off: entry 0 for every id
+    m_widget->setPaintObjects(true);
+    QCOMPARE(m_table->item(0, 0)->background().color(), white);
+    colours(4, red, white);
+    colours(19, QColor(159, 159, 159), black);
+    colours(29, red, white); // entry 4 again
+    colours(255, QColor(0, 255, 0), black); // entry 5
+    m_widget->setPaintObjects(false);
+    colours(255, white, black);
 }
 
 void tst_ObjectsTableWidget::cellsAsDrawn()
@@ -264,31 +245,23 @@ void tst_ObjectsTableWidget::cellsAsDrawn()
             <= m_table->fontMetrics().descent() + 2);
 }
 
-void tst_ObjectsTableWidget::nonWorkingStateEmptiesAndDisables_data()
-{
-    QTest::addColumn<int>("state");
-    QTest::newRow("busy") << 1;
-    QTest::newRow("offline") << 0;
-    QTest::newRow("bad data") << -1;
-}
-
 void tst_ObjectsTableWidget::nonWorkingStateEmptiesAndDisables()
 {
-    QFETCH(int, state);
     QVERIFY(!ObjectsTableWidget().isEnabled()); // nothing to show before the radar works
-    QVERIFY(m_box->isEnabled());
     // Inside its box the box's frame is margin enough.
     QCOMPARE(m_widget->layout()->contentsMargins(), QMargins());
-    frame({1, 2});
-    // Even in the middle of a frame the table empties and is drawn again.
-    m_widget->startFilling();
-    m_widget->addObject(3, 0, 0, 0, 0, 0, SomeTime);
-    m_widget->showRadarState(state);
-    QCOMPARE(m_table->rowCount(), 0);
-    QVERIFY(m_table->viewport()->updatesEnabled());
-    QVERIFY(!m_box->isEnabled()); // the enclosing box greys out with the table
-    m_widget->showRadarState(Working);
-    QVERIFY(m_box->isEnabled());
+    for (int state : {IOrvexClient::Busy, IOrvexClient::Offline, IOrvexClient::BadData}) {
+        QVERIFY(m_box->isEnabled());
+        frame({1, 2});
+        // Even in the middle of a frame the table empties and is drawn again.
+        m_widget->startFilling();
+        m_widget->addObject(3, 0, 0, 0, 0, 0, SomeTime);
+        m_widget->showRadarState(state);
+        QCOMPARE(m_table->rowCount(), 0);
+        QVERIFY(m_table->viewport()->updatesEnabled());
+        QVERIFY(!m_box->isEnabled()); // the enclosing box greys out with the table
+        m_widget->showRadarState(Working);
+    }
 }
 
 void tst_ObjectsTableWidget::columnsFitTheirTexts_data()
