@@ -530,11 +530,14 @@ void tst_PositionPanels::presetEdits()
         QCOMPARE(answerer.label, QString("Enter new preset name"));
         QCOMPARE(answerer.offered, QString("New preset"));
     };
-    const auto menuItem = [this](int index, int item, const QStringList& answers = {}) {
-        InputDialogAnswerer answerer(answers);
+    // A menu item of a preset button; a rename answers the name dialog, which offers
+    // the old name.
+    const auto menuItem = [this](int index, int item, const QString& offered = QString(),
+                                 const QString& answer = QString()) {
+        InputDialogAnswerer answerer(offered.isNull() ? QStringList() : QStringList{answer});
         presetButtons(m_position).at(index)->menu()->actions().at(item)->trigger();
-        QCOMPARE(answerer.count, answers.size());
-        return answerer.offered;
+        QCOMPARE(answerer.count, offered.isNull() ? 0 : 1);
+        QCOMPARE(answerer.offered, offered);
     };
 
     add(QString()); // cancelled: nothing
@@ -544,8 +547,7 @@ void tst_PositionPanels::presetEdits()
     add("A"); // a name that exists: a second button
     QCOMPARE(presetNames(m_position), (QStringList{"A", "B", "Kerb 9.5 m", "A"}));
     QCOMPARE(heights(), (QList<double>{6, 7, 9.5, 9.5}));
-    // Rename: same place, same values; the dialog offers the old name.
-    QCOMPARE(menuItem(0, 0, {"North"}), QString("A"));
+    menuItem(0, 0, "A", "North"); // rename: same place, same values
     QCOMPARE(presetNames(m_position), (QStringList{"North", "B", "Kerb 9.5 m", "A"}));
     // Update: the present values under the old name.
     spin("height")->setValue(8);

@@ -221,10 +221,8 @@ void tst_CameraModel::badConfiguration_data()
 void tst_CameraModel::badConfiguration()
 {
     QFETCH(QJsonObject, config);
-    QFETCH(bool, valid);
-    QFETCH(int, delay);
     const TvmsConfig c = TvmsConfig::fromJson(config);
-    QCOMPARE(c.videoDelayMs, delay);
+    QTEST(c.videoDelayMs, "delay");
     for (double v : {c.xOffset, c.yOffset, c.zOffset, c.azimuthMisalignment, c.altitudeMisalignment,
                      c.halfHorizontalAngle})
         QVERIFY(std::isfinite(v));
@@ -232,7 +230,7 @@ void tst_CameraModel::badConfiguration()
     m.setConfig(c);
     m.setHalfHorizontalAngle(c.halfHorizontalAngle);
     m.setRadarPose({6.0, 0.0, 0.0, 0.0, TvmsConfig::radians(10.0)});
-    QCOMPARE(m.rescale(640, 480), valid);
+    QTEST(m.rescale(640, 480), "valid");
     // Whatever the configuration, every pixel maps to something finite or to nothing.
     for (int x = 0; x <= 640; x += 64) {
         bool ok = false;

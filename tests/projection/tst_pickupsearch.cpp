@@ -57,8 +57,8 @@ tst_PickupSearch::Case tst_PickupSearch::makeCase(int mode, double height, doubl
     const CameraModel& seen = truth.modelFor(c.truth);
     const QPointF axis = seen.axisPoint();
     const QVector<QPointF> points{axis + QPointF(-6, -4), axis + QPointF(10, -4),
-                                  axis + QPointF(-6, 4), axis + QPointF(10, 4),
-                                  axis + QPointF(-5, 0), axis + QPointF(15, 0)};
+                                  axis + QPointF(-6, 4),  axis + QPointF(10, 4),
+                                  axis + QPointF(-5, 0),  axis + QPointF(15, 0)};
     bool ok = false;
     for (int i = 0; i < (mode == 2 ? 6 : 4); ++i) {
         const QPoint pixel = seen.xyToScreen(points.at(i), &ok);
@@ -122,8 +122,8 @@ void tst_PickupSearch::hopelessMarksEndCleanly_data()
     QTest::newRow("top row under a 160 degree lens")
         << QVector<QPoint>{{0, 0}, {400, 0}, {800, 0}, {Width - 1, 0}} << 80.0 << true;
     QTest::newRow("the picture's corners")
-        << QVector<QPoint>{{0, 0}, {Width - 1, 0}, {0, Height - 1}, {Width - 1, Height - 1}}
-        << 20.0 << false;
+        << QVector<QPoint>{{0, 0}, {Width - 1, 0}, {0, Height - 1}, {Width - 1, Height - 1}} << 20.0
+        << false;
     QTest::newRow("one point four times") << QVector<QPoint>(4, QPoint(640, 600)) << 20.0 << false;
 }
 

@@ -134,14 +134,13 @@ void tst_ProjectionWidget::shownFrameLagsByTheVideoDelay()
 {
     QFETCH(int, delay);
     QFETCH(int, shown);
-    QFETCH(int, waiting);
     m_view->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 40.0}, {"video_delay", delay}});
     placeRadar();
     const QDateTime now = QDateTime::currentDateTimeUtc();
     for (int f = 0; f < 10; ++f)
         feedFrame(now.addMSecs(-100 * (9 - f)), quint8(f + 1), 20.0 + f);
     QCOMPARE(m_view->currentFrame().sortedIds, QVector<quint8>{quint8(shown + 1)});
-    QCOMPARE(m_view->bufferedFrames(), waiting);
+    QTEST(m_view->bufferedFrames(), "waiting");
 }
 
 void tst_ProjectionWidget::framesFollowThePoseTheRadarAndTheWindow()

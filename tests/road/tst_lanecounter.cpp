@@ -284,8 +284,7 @@ void tst_LaneCounter::counting_data()
 void tst_LaneCounter::counting()
 {
     QFETCH(QStringList, vehicles);
-    QFETCH(QStringList, counted);
-    QCOMPARE(countVehicles(vehicles), counted);
+    QTEST(countVehicles(vehicles), "counted");
 }
 
 void tst_LaneCounter::lineAcrossTheRoad_data()
