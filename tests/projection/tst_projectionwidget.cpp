@@ -1,8 +1,12 @@
 #include "iorvexclient.h"
 #include "projectionpickup.h"
 #include "projectionwidget.h"
+#include "questionanswerer.h"
+#include "tvmsconfigwidget.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
+#include <QDoubleSpinBox>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QPushButton>
@@ -59,7 +63,10 @@ constexpr int Height = 600;
 
 // The projection window: what it tells the traffic scheme, the video delay, what a
 // radar going offline or a disabled window does, the adjustment buttons, the busy
-// animation and the parameter pick-up with its dialogs, report and restored pose.
+// animation and the parameter pick-up with its dialogs, report and restored pose. The
+// camera configuration editor: the configuration a profile without one gets, stored
+// values clamped by the controls, the echo of its own publication, and the question on
+// closing over unapplied edits.
 class tst_ProjectionWidget : public QObject
 {
     Q_OBJECT
@@ -80,6 +87,11 @@ private slots:
     void pickupFindsThePose();
     void interruptedSearchRestoresThePose_data();
     void interruptedSearchRestoresThePose();
+    void cameraConfigStoredAndApplied_data();
+    void cameraConfigStoredAndApplied();
+    void cameraConfigClosedOverEditsAsks_data();
+    void cameraConfigClosedOverEditsAsks();
+    void cameraConfigShownAgainDropsUnappliedEdits();
 
 private:
     void placeRadar() { m_view->showPosition(6.0, 1.0, -2.0, 3.0, 10.0, 0.0, true); }
@@ -87,7 +99,13 @@ private:
     void mark(const QVector<QPoint>& pixels, bool waitForSearch = true);
     void feedFrame(const QDateTime& time, quint8 id, double x);
 
+    QDoubleSpinBox* editorSpin(const char* name) const
+    {
+        return m_editor->findChild<QDoubleSpinBox*>(name);
+    }
+
     std::unique_ptr<ProjectionWidget> m_view;
+    std::unique_ptr<TvmsConfigWidget> m_editor;
 };
 
 void tst_ProjectionWidget::init()
@@ -98,11 +116,13 @@ void tst_ProjectionWidget::init()
     m_view->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
     m_view->showRadarState(IOrvexClient::Working);
+    m_editor = std::make_unique<TvmsConfigWidget>();
 }
 
 void tst_ProjectionWidget::cleanup()
 {
     m_view.reset();
+    m_editor.reset();
 }
 
 void tst_ProjectionWidget::mark(const QVector<QPoint>& pixels, bool waitForSearch)
@@ -352,6 +372,109 @@ void tst_ProjectionWidget::interruptedSearchRestoresThePose()
     QCOMPARE(reports, closeWindow ? 0 : 1); // a closed window reports nothing
     QCOMPARE(m_view->radarPoseDegrees().height, 6.0);
     QVERIFY(!m_view->pickup()->isPickingUp());
+}
+
+void tst_ProjectionWidget::cameraConfigStoredAndApplied_data()
+{
+    QTest::addColumn<QJsonObject>("stored");
+    QTest::addColumn<QJsonObject>("applied"); // empty: the stored configuration itself
+
+    QTest::newRow("none stored: the defaults are published at once")
+        << QJsonObject()
+        << QJsonObject{{"x_offset", 0.0},
+                       {"y_offset", 0.0},
+                       {"z_offset", 0.1},
+                       {"azimuth_misalignment", 0.0},
+                       {"altitude_misalignment", 0.0},
+                       {"horizontal_view_angle", 12.0},
+                       {"video_delay", 0}};
+    // Each value different and in range: it comes back under its own key.
+    QTest::newRow("every value round trips") << QJsonObject{{"x_offset", 0.5},
+                                                            {"y_offset", -0.25},
+                                                            {"z_offset", 0.75},
+                                                            {"azimuth_misalignment", 3.5},
+                                                            {"altitude_misalignment", -4.5},
+                                                            {"horizontal_view_angle", 48.0},
+                                                            {"video_delay", 120}}
+                                             << QJsonObject();
+    QTest::newRow("view angle 120 shown as 90")
+        << QJsonObject{{"horizontal_view_angle", 120}}
+        << QJsonObject{{"x_offset", 0.0}, {"horizontal_view_angle", 90.0}, {"video_delay", 0}};
+    QTest::newRow("negative and huge values clamped")
+        << QJsonObject{{"horizontal_view_angle", -5}, {"x_offset", -1e300}, {"video_delay", 1e9}}
+        << QJsonObject{{"x_offset", -1.0}, {"horizontal_view_angle", 1.0}, {"video_delay", 3000}};
+    QTest::newRow("non-numeric values read as 0")
+        << QJsonObject{{"horizontal_view_angle", "wide"},
+                       {"x_offset", "x"},
+                       {"video_delay", "late"}}
+        << QJsonObject{{"x_offset", 0.0}, {"horizontal_view_angle", 1.0}, {"video_delay", 0}};
+}
+
+void tst_ProjectionWidget::cameraConfigStoredAndApplied()
+{
+    QFETCH(QJsonObject, stored);
+    QFETCH(QJsonObject, applied);
+    QSignalSpy published(m_editor.get(), &TvmsConfigWidget::tvmsConfigChanged);
+    // As in the main window, the published configuration comes straight back: ignored.
+    connect(m_editor.get(), &TvmsConfigWidget::tvmsConfigChanged, m_editor.get(),
+            &TvmsConfigWidget::setTvmsConfig);
+    m_editor->setTvmsConfig(stored);
+    if (stored.isEmpty()) {
+        QCOMPARE(published.count(), 1);
+        QCOMPARE(published.first().first().toJsonObject(), applied);
+        return;
+    }
+    QVERIFY(published.isEmpty());
+    m_editor->show();
+    QVERIFY(!m_editor->isConfigChanged());
+    m_editor->findChild<QDialogButtonBox*>("tvmsConfigButtonBox")
+        ->button(QDialogButtonBox::Apply)
+        ->click();
+    QCOMPARE(published.count(), 1);
+    const QJsonObject config = published.first().first().toJsonObject();
+    if (applied.isEmpty())
+        QCOMPARE(config, stored);
+    for (auto it = applied.begin(); it != applied.end(); ++it)
+        QVERIFY2(config.value(it.key()) == it.value(), qPrintable(it.key()));
+}
+
+void tst_ProjectionWidget::cameraConfigClosedOverEditsAsks_data()
+{
+    QTest::addColumn<int>("answer");
+    QTest::newRow("No keeps the window and the edit") << int(QMessageBox::No);
+    QTest::newRow("Yes closes") << int(QMessageBox::Yes);
+}
+
+void tst_ProjectionWidget::cameraConfigClosedOverEditsAsks()
+{
+    QFETCH(int, answer);
+    m_editor->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 30}});
+    m_editor->show();
+    editorSpin("zOffsetSpin")->setValue(0.5);
+    QVERIFY(m_editor->isConfigChanged());
+    QuestionAnswerer answerer{QMessageBox::StandardButton(answer)};
+    m_editor->close();
+    QCOMPARE(answerer.count, 1);
+    QCOMPARE(answerer.text, QString("All unsaved data will be lost. Continue?"));
+    QCOMPARE(m_editor->isVisible(), answer == QMessageBox::No);
+    if (answer == QMessageBox::No)
+        QCOMPARE(editorSpin("zOffsetSpin")->value(), 0.5);
+}
+
+void tst_ProjectionWidget::cameraConfigShownAgainDropsUnappliedEdits()
+{
+    m_editor->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 30}, {"z_offset", -0.2}});
+    m_editor->show();
+    editorSpin("horizontalViewAngleSpin")->setValue(45);
+    m_editor->hide();
+    m_editor->show();
+    QCOMPARE(editorSpin("horizontalViewAngleSpin")->value(), 30.0);
+    QCOMPARE(editorSpin("zOffsetSpin")->value(), -0.2);
+    // Closing without an edit asks nothing.
+    QuestionAnswerer answerer(QMessageBox::No);
+    m_editor->close();
+    QCOMPARE(answerer.count, 0);
+    QVERIFY(!m_editor->isVisible());
 }
 
 QTEST_MAIN(tst_ProjectionWidget)
