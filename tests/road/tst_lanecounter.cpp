@@ -211,7 +211,6 @@ private slots:
     void refusedLines();
     void percentile_data();
     void percentile();
-    void figuresPerInterval_data();
     void figuresPerInterval();
     void watchedTime_data();
     void watchedTime();
@@ -389,39 +388,9 @@ void tst_LaneCounter::percentile()
     QVERIFY(std::isnan(LaneStatistics::percentile(none, 0.5)));
 }
 
-void tst_LaneCounter::figuresPerInterval_data()
-{
-    QTest::addColumn<int>("minute"); // after 08:00
-    QTest::addColumn<int>("lane");
-    QTest::addColumn<int>("direction");
-    QTest::addColumn<QString>("figures");
-
-    // Watched from 08:00:30 to 08:02:10; vehicles as set up in figuresPerInterval().
-    QTest::newRow("three vehicles, headways within the minute")
-        << 0 << -1 << R
-        << "count 3, mean 25.00, v50 25.00, v85 28.50, v95 29.50, min 20.00, max 30.00, "
-           "headways 2 mean 6.25 min 2.50, long 1, observed 30.0";
-    QTest::newRow("no vehicle: a count of 0")
-        << 0 << 1 << R
-        << "count 0, mean -, v50 -, v85 -, v95 -, min -, max -, headways 0 mean - min -, "
-           "long 0, observed 30.0";
-    QTest::newRow("headway from the vehicle of the minute before")
-        << 1 << -1 << R
-        << "count 1, mean 22.00, v50 22.00, v85 22.00, v95 22.00, min 22.00, max 22.00, "
-           "headways 1 mean 12.50 min 12.50, long 1, observed 60.0";
-    QTest::newRow("exactly 6 m is not a long vehicle")
-        << 1 << 1 << A
-        << "count 2, mean 28.00, v50 28.00, v85 28.70, v95 28.90, min 27.00, max 29.00, "
-           "headways 1 mean 4.00 min 4.00, long 0, observed 60.0";
-}
-
 void tst_LaneCounter::figuresPerInterval()
 {
-    QFETCH(int, minute);
-    QFETCH(int, lane);
-    QFETCH(int, direction);
-    QFETCH(QString, figures);
-
+    // Watched from 08:00:30 to 08:02:10.
     LaneStatistics statistics({1, -1});
     frames(statistics, 30000, 130000);
     statistics.addCrossing(crossing(40000, -1, R, 20, 4.5));
@@ -440,8 +409,22 @@ void tst_LaneCounter::figuresPerInterval()
         QCOMPARE(rows[i].lane, i % 4 < 2 ? -1 : 1);
         QCOMPARE(rows[i].direction, i % 2 == 0 ? R : A);
     }
-    const int index = minute * 4 + (lane == -1 ? 0 : 2) + (direction == R ? 0 : 1);
-    QCOMPARE(describe(rows[index].figures), figures);
+    // The first minute in lane -1, receding: three vehicles, headways within the minute.
+    QCOMPARE(describe(rows[0].figures),
+             QString("count 3, mean 25.00, v50 25.00, v85 28.50, v95 29.50, min 20.00, max 30.00, "
+                     "headways 2 mean 6.25 min 2.50, long 1, observed 30.0"));
+    // In lane 1, receding, no vehicle: a count of 0.
+    QCOMPARE(describe(rows[2].figures),
+             QString("count 0, mean -, v50 -, v85 -, v95 -, min -, max -, headways 0 mean - min -, "
+                     "long 0, observed 30.0"));
+    // The second minute in lane -1: a headway from the vehicle of the minute before.
+    QCOMPARE(describe(rows[4].figures),
+             QString("count 1, mean 22.00, v50 22.00, v85 22.00, v95 22.00, min 22.00, max 22.00, "
+                     "headways 1 mean 12.50 min 12.50, long 1, observed 60.0"));
+    // In lane 1, approaching: exactly 6 m is not a long vehicle.
+    QCOMPARE(describe(rows[7].figures),
+             QString("count 2, mean 28.00, v50 28.00, v85 28.70, v95 28.90, min 27.00, max 29.00, "
+                     "headways 1 mean 4.00 min 4.00, long 0, observed 60.0"));
 }
 
 void tst_LaneCounter::watchedTime_data()
