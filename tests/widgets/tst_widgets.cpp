@@ -19,7 +19,6 @@ private slots:
     void comboSelectsByData();
     void backlight_data();
     void backlight();
-    void collapseByClickOnTitle_data();
     void collapseByClickOnTitle();
     // A box laid out in a form keeps its form contents, now inside the container, and
     // folds them away.
@@ -95,60 +94,43 @@ void tst_Widgets::backlight()
     QCOMPARE(box.palette().color(QPalette::Active, QPalette::Button), button);
 }
 
-void tst_Widgets::collapseByClickOnTitle_data()
-{
-    QTest::addColumn<int>("button");
-    QTest::addColumn<bool>("pressOnTitle");
-    QTest::addColumn<bool>("releaseOnTitle");
-    QTest::addColumn<bool>("toggles");
-    QTest::addColumn<bool>("enabled");
-    QTest::newRow("left click on title toggles")
-        << int(Qt::LeftButton) << true << true << true << true;
-    QTest::newRow("left click on a disabled box's title toggles")
-        << int(Qt::LeftButton) << true << true << true << false;
-    QTest::newRow("right click on title ignored")
-        << int(Qt::RightButton) << true << true << false << true;
-    QTest::newRow("left press on title released outside ignored")
-        << int(Qt::LeftButton) << true << false << false << true;
-    QTest::newRow("left click in body ignored")
-        << int(Qt::LeftButton) << false << false << false << true;
-}
-
 void tst_Widgets::collapseByClickOnTitle()
 {
-    QFETCH(int, button);
-    QFETCH(bool, pressOnTitle);
-    QFETCH(bool, releaseOnTitle);
-    QFETCH(bool, toggles);
-    QFETCH(bool, enabled);
     QWidget window;
     window.resize(300, 200);
     auto* box = new CollapsibleGroupBox(QStringLiteral("Send commands  "), &window);
     box->setGeometry(0, 0, 300, 200);
-    box->setEnabled(enabled);
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     const QPoint title = box->titleArea().center(), body(150, 195);
     QVERIFY(!box->titleArea().contains(body));
     QSignalSpy clicked(box, &CollapsibleGroupBox::clicked);
     QSignalSpy toggled(box, &CollapsibleGroupBox::toggled);
-    for (bool collapsed : {true, false}) {
-        QTest::mousePress(box, Qt::MouseButton(button), {}, pressOnTitle ? title : body);
-        QTest::mouseRelease(box, Qt::MouseButton(button), {}, releaseOnTitle ? title : body);
-        const bool now = toggles && collapsed;
+    const auto click = [&](Qt::MouseButton button, QPoint press, QPoint release, bool toggles) {
+        const bool collapsed = box->isCollapsed() != toggles;
+        QTest::mousePress(box, button, {}, press);
+        QTest::mouseRelease(box, button, {}, release);
         const QList<QVariantList> announced
             = toggles ? QList<QVariantList>{{collapsed}} : QList<QVariantList>{};
         QCOMPARE(clicked, announced);
         QCOMPARE(toggled, announced);
-        QCOMPARE(box->isCollapsed(), now);
-        QCOMPARE(box->containerWidget()->isVisible(), !now);
+        QCOMPARE(box->isCollapsed(), collapsed);
+        QCOMPARE(box->containerWidget()->isVisible(), !collapsed);
         // The marker in front of the title says what a click will do.
         QCOMPARE(static_cast<QGroupBox*>(box)->title(),
-                 QString(now ? " >  Send commands  " : " V  Send commands  "));
+                 QString(collapsed ? " >  Send commands  " : " V  Send commands  "));
         QCOMPARE(box->title(), QString("Send commands  "));
         clicked.clear();
         toggled.clear();
-    }
+    };
+    click(Qt::RightButton, title, title, false);
+    click(Qt::LeftButton, title, body, false); // released outside the title
+    click(Qt::LeftButton, body, body, false);
+    click(Qt::LeftButton, title, title, true);
+    click(Qt::LeftButton, title, title, true);
+    box->setEnabled(false); // a disabled box's title still folds it
+    click(Qt::LeftButton, title, title, true);
+    click(Qt::LeftButton, title, title, true);
 }
 
 void tst_Widgets::collapsibleTakesOverFormContents()
