@@ -89,9 +89,7 @@ private slots:
     void interruptedSearchRestoresThePose();
     void cameraConfigStoredAndApplied_data();
     void cameraConfigStoredAndApplied();
-    void cameraConfigClosedOverEditsAsks_data();
-    void cameraConfigClosedOverEditsAsks();
-    void cameraConfigShownAgainDropsUnappliedEdits();
+    void cameraConfigClosedOverEdits();
 
 private:
     void placeRadar() { m_view->showPosition(6.0, 1.0, -2.0, 3.0, 10.0, 0.0, true); }
@@ -438,39 +436,30 @@ void tst_ProjectionWidget::cameraConfigStoredAndApplied()
         QVERIFY2(config.value(it.key()) == it.value(), qPrintable(it.key()));
 }
 
-void tst_ProjectionWidget::cameraConfigClosedOverEditsAsks_data()
-{
-    QTest::addColumn<int>("answer");
-    QTest::newRow("No keeps the window and the edit") << int(QMessageBox::No);
-    QTest::newRow("Yes closes") << int(QMessageBox::Yes);
-}
-
-void tst_ProjectionWidget::cameraConfigClosedOverEditsAsks()
-{
-    QFETCH(int, answer);
-    m_editor->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 30}});
-    m_editor->show();
-    editorSpin("zOffsetSpin")->setValue(0.5);
-    QVERIFY(m_editor->isConfigChanged());
-    QuestionAnswerer answerer{QMessageBox::StandardButton(answer)};
-    m_editor->close();
-    QCOMPARE(answerer.count, 1);
-    QCOMPARE(answerer.text, QString("All unsaved data will be lost. Continue?"));
-    QCOMPARE(m_editor->isVisible(), answer == QMessageBox::No);
-    if (answer == QMessageBox::No)
-        QCOMPARE(editorSpin("zOffsetSpin")->value(), 0.5);
-}
-
-void tst_ProjectionWidget::cameraConfigShownAgainDropsUnappliedEdits()
+void tst_ProjectionWidget::cameraConfigClosedOverEdits()
 {
     m_editor->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 30}, {"z_offset", -0.2}});
     m_editor->show();
+    // Shown again, the editor drops what was not applied.
     editorSpin("horizontalViewAngleSpin")->setValue(45);
     m_editor->hide();
     m_editor->show();
     QCOMPARE(editorSpin("horizontalViewAngleSpin")->value(), 30.0);
     QCOMPARE(editorSpin("zOffsetSpin")->value(), -0.2);
-    // Closing without an edit asks nothing.
+    // Closing over an edit asks: No keeps the window and the edit, Yes closes.
+    editorSpin("zOffsetSpin")->setValue(0.5);
+    QVERIFY(m_editor->isConfigChanged());
+    for (auto answer : {QMessageBox::No, QMessageBox::Yes}) {
+        QuestionAnswerer answerer(answer);
+        m_editor->close();
+        QCOMPARE(answerer.count, 1);
+        QCOMPARE(answerer.text, QString("All unsaved data will be lost. Continue?"));
+        QCOMPARE(m_editor->isVisible(), answer == QMessageBox::No);
+        if (answer == QMessageBox::No)
+            QCOMPARE(editorSpin("zOffsetSpin")->value(), 0.5);
+    }
+    // Shown again without an edit, nothing is asked.
+    m_editor->show();
     QuestionAnswerer answerer(QMessageBox::No);
     m_editor->close();
     QCOMPARE(answerer.count, 0);
