@@ -168,8 +168,9 @@ void tst_CommandPanels::commandSteps()
 
 void tst_CommandPanels::commandOutcomeStaysFiveSeconds()
 {
+    QWidget panel; // owns the label
     CmdHandler handler;
-    CmdStateLabel* label = handler.addStateLabel(nullptr);
+    CmdStateLabel* label = handler.addStateLabel(&panel);
     handler.assignStateLabel(C::CmdRestart, label);
     QSignalSpy updated(&handler, &CmdHandler::updated);
     auto* hideTimer = handler.findChild<QTimer*>();
