@@ -8,6 +8,7 @@
 #include "selfdiagnosticsmessagebox.h"
 #include "sendcommandswidget.h"
 
+#include <QElapsedTimer>
 #include <QGroupBox>
 #include <QMenu>
 #include <QPushButton>
@@ -15,29 +16,29 @@
 #include <QtTest>
 #include <QVBoxLayout>
 
-#include <functional>
 #include <memory>
 
 using C = IOrvexClient;
 using L = ParStateLabel;
 
-// The three command panels on their own, each in a titled box as in the main window:
-// the requests they emit, when they let the operator act, and what they show of
-// the radar's answers.
+// The labels that follow a command through the radar's queue: what each step shows,
+// which timer it starts, and when the outcome is cleared. The three command panels
+// built on them, each in a titled box as in the main window: the requests they emit,
+// when they let the operator act, and what they show of the radar's answers.
 class tst_CommandPanels : public QObject
 {
     Q_OBJECT
-
-public:
-    using Action = std::function<void(tst_CommandPanels*)>;
 
 private slots:
     void init();
     void cleanup();
 
-    void requests_data();
+    void commandSteps_data();
+    void commandSteps();
+    void commandOutcomeStaysFiveSeconds();
+    void parameterSteps_data();
+    void parameterSteps();
     void requests();
-    void enabling_data();
     void enabling();
     void tuningShowsTheRadarsValues();
     void workingRadarIsAskedByItself();
@@ -56,7 +57,6 @@ private:
     QStringList m_requests;
     bool m_labelShownAtRequest = false;
 };
-Q_DECLARE_METATYPE(tst_CommandPanels::Action)
 
 template<typename Panel> static Panel* inBox(QWidget* window)
 {
@@ -114,141 +114,234 @@ void tst_CommandPanels::record(const QString& request, QWidget* panel)
     m_requests << request;
 }
 
-void tst_CommandPanels::requests_data()
+void tst_CommandPanels::commandSteps_data()
 {
-    QTest::addColumn<Action>("action");
-    QTest::addColumn<QStringList>("expected");
-    QTest::addColumn<bool>("imitatorChecked");
-    QTest::addColumn<QString>("imitatorCaption");
+    QTest::addColumn<int>("state");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QColor>("color");
+    QTest::addColumn<bool>("visible");
+    QTest::addColumn<bool>("hideTimer");
 
-    auto choose = [](const char* buttonName, QMenu* (SendCommandsWidget::*menu)() const, int item,
-                     const QString& caption) {
-        return [=](tst_CommandPanels* t) {
-            QPushButton* b = t->button(buttonName);
-            b->click();
-            QMenu* m = (t->m_commands->*menu)();
-            QTRY_VERIFY(m->isVisible());
-            QCOMPARE(b->text(), caption); // nothing is sent before the choice
-            QVERIFY(!b->isChecked());
-            QVERIFY(t->m_requests.isEmpty());
-            // As the toolkit does it: the menu hides, then the chosen action fires.
-            m->hide();
-            if (item >= 0)
-                m->actions().at(item)->trigger();
-        };
-    };
-    const QString verification("Go to 'verification' mode");
-    const QString info("Choose info type"), type("Choose imitator type");
-    QTest::newRow("hardware info from the menu")
-        << Action(choose("getDeviceInfoButton", &SendCommandsWidget::deviceInfoMenu, 0, info))
-        << QStringList{"command 1"} << false << verification;
-    QTest::newRow("firmware info from the menu")
-        << Action(choose("getDeviceInfoButton", &SendCommandsWidget::deviceInfoMenu, 1, info))
-        << QStringList{"command 2"} << false << verification;
-    QTest::newRow("self-diagnosis")
-        << Action([](tst_CommandPanels* t) { t->button("selfDiagnosticsButton")->click(); })
-        << QStringList{"command 3"} << false << verification;
-    QTest::newRow("imitator of type 2")
-        << Action(choose("imitatorModeButton", &SendCommandsWidget::imitatorTypeMenu, 1, type))
-        << QStringList{"switch 4 2"} << true << "Go to 'regular' mode";
-    QTest::newRow("imitator menu closed without a choice")
-        << Action(choose("imitatorModeButton", &SendCommandsWidget::imitatorTypeMenu, -1, type))
-        << QStringList{} << false << verification;
-    QTest::newRow("imitator switched off") << Action([](tst_CommandPanels* t) {
-        t->m_commands->showImitatorMode(1);
-        t->button("imitatorModeButton")->click();
-    }) << QStringList{"switch 4 0"} << false
-                                           << verification;
-    QTest::newRow("demo objects on")
-        << Action([](tst_CommandPanels* t) { t->button("fakeTargetsModeButton")->click(); })
-        << QStringList{"switch 6 1"} << false << verification;
-    QTest::newRow("demo objects off") << Action([](tst_CommandPanels* t) {
-        t->m_commands->showFakeTargetsMode(true);
-        t->button("fakeTargetsModeButton")->click();
-    }) << QStringList{"switch 6 0"} << false
-                                      << verification;
-    QTest::newRow("tuning read: frequency first")
-        << Action([](tst_CommandPanels* t) { t->button("getTuningParamsButton")->click(); })
-        << QStringList{"get frequency", "get sensitivity"} << false << verification;
-    QTest::newRow("tuning write: the spin boxes' values, frequency first")
-        << Action([](tst_CommandPanels* t) {
-               t->spin("frequencyIdSpin")->setValue(16);
-               t->spin("sensitivitySpin")->setValue(1);
-               t->button("setTuningParamsButton")->click();
-           })
-        << QStringList{"set frequency 16", "set sensitivity 1"} << false << verification;
-    QTest::newRow("save to flash")
-        << Action([](tst_CommandPanels* t) { t->button("saveToFlashButton")->click(); })
-        << QStringList{"command 8"} << false << verification;
-    QTest::newRow("restart") << Action(
-        [](tst_CommandPanels* t) { t->button("restartRadarButton")->click(); })
-                             << QStringList{"command 9"} << false << verification;
+    // Each row reports the step after the label showed "error occurred" in red.
+    QTest::newRow("queued does not keep outcomes up")
+        << int(C::Queued) << "queued" << QColor(0, 191, 191) << true << false;
+    QTest::newRow("in progress") << int(C::InProgress) << "in progress" << QColor(191, 0, 191)
+                                 << true << true;
+    QTest::newRow("received") << int(C::Received) << "command received" << QColor(0, 191, 0) << true
+                              << true;
+    QTest::newRow("error") << int(C::Error) << "error occurred" << QColor(191, 0, 0) << true
+                           << true;
+    QTest::newRow("dropped hides")
+        << int(C::None) << "error occurred" << QColor(191, 0, 0) << false << false;
+    QTest::newRow("unknown state only shows")
+        << 9 << "error occurred" << QColor(191, 0, 0) << true << true;
+}
+
+void tst_CommandPanels::commandSteps()
+{
+    QFETCH(int, state);
+    QWidget panel;
+    CmdHandler handler;
+    QWidget* place = new QWidget(&panel);
+    CmdStateLabel* label = handler.addStateLabel(place);
+    QCOMPARE(label->parentWidget(), place);
+    QVERIFY(label->isHidden());
+    // Hardware and firmware information share one label.
+    handler.assignStateLabel(C::CmdGetHardwareInfo, label);
+    handler.assignStateLabel(C::CmdGetFirmwareInfo, label);
+    QVERIFY(handler.setState(C::CmdGetFirmwareInfo, C::Error, false));
+    QSignalSpy updated(&handler, &CmdHandler::updated);
+
+    // A command no label is assigned to changes nothing.
+    handler.showCommandState(C::CmdSelfDiagnostics, C::Received, 0);
+    QCOMPARE(updated.count(), 0);
+    QVERIFY(!handler.isHideTimerActive());
+
+    handler.showCommandState(C::CmdGetHardwareInfo, state, 7);
+    QCOMPARE(updated.count(), 1);
+    QTEST(label->text(), "text");
+    QTEST(label->palette().color(QPalette::WindowText), "color");
+    QTEST(!label->isHidden(), "visible");
+    QTEST(handler.isHideTimerActive(), "hideTimer");
+    QCOMPARE(handler.isWaiting(), state == C::Queued || state == C::InProgress);
+}
+
+void tst_CommandPanels::commandOutcomeStaysFiveSeconds()
+{
+    QWidget panel; // owns the label
+    CmdHandler handler;
+    CmdStateLabel* label = handler.addStateLabel(&panel);
+    handler.assignStateLabel(C::CmdRestart, label);
+    QSignalSpy updated(&handler, &CmdHandler::updated);
+    auto* hideTimer = handler.findChild<QTimer*>();
+    QVERIFY(hideTimer);
+    handler.showCommandState(C::CmdRestart, C::InProgress, 0);
+    // A further report a second later starts the five seconds again.
+    QTRY_VERIFY(hideTimer->remainingTime() <= CmdHandler::HideTimeoutMs - 1000);
+    QElapsedTimer clock;
+    handler.showCommandState(C::CmdRestart, C::Received, 0);
+    clock.start();
+    QTRY_VERIFY_WITH_TIMEOUT(label->isHidden(), 7000);
+    QVERIFY2(clock.elapsed() >= CmdHandler::HideTimeoutMs - 50,
+             qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(label->state(), int(C::None));
+    QCOMPARE(updated.count(), 3); // two reports and the clearing
+
+    // A late acknowledgement shows again and is cleared after its own five seconds.
+    handler.showCommandState(C::CmdRestart, C::Received, 0);
+    QVERIFY(!label->isHidden());
+    QVERIFY(handler.isHideTimerActive());
+}
+
+void tst_CommandPanels::parameterSteps_data()
+{
+    QTest::addColumn<bool>("read");
+    QTest::addColumn<int>("state");
+    QTest::addColumn<int>("labelState");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QColor>("color");
+    QTest::addColumn<bool>("hideTimer");
+    QTest::addColumn<bool>("dataTimer");
+
+    const QColor cyan(0, 191, 191), magenta(191, 0, 191), green(0, 191, 0), red(191, 0, 0);
+    QTest::newRow("write queued") << false << int(C::Queued) << int(L::Queued) << "queued" << cyan
+                                  << false << false;
+    QTest::newRow("read in progress") << true << int(C::InProgress) << int(L::InProgress)
+                                      << "in progress" << magenta << true << false;
+    QTest::newRow("write acknowledged") << false << int(C::Received) << int(L::CommandReceived)
+                                        << "command received" << green << true << false;
+    QTest::newRow("read acknowledged waits for its value")
+        << true << int(C::Received) << int(L::WaitingForData) << "waiting for data" << magenta
+        << true << true;
+    QTest::newRow("read failed") << true << int(C::Error) << int(L::ErrorOccurred)
+                                 << "error occurred" << red << true << false;
+    QTest::newRow("write dropped clears")
+        << false << int(C::None) << int(L::Cleared) << "" << QColor() << false << false;
+    QTest::newRow("unknown state clears")
+        << true << 8 << int(L::Cleared) << "" << QColor() << false << false;
+}
+
+void tst_CommandPanels::parameterSteps()
+{
+    QFETCH(bool, read);
+    QFETCH(int, state);
+    QFETCH(QColor, color);
+    ParHandler handler;
+    L label;
+    L other;
+    handler.assignSetCommand(C::CmdSetFrequencyIndex, 2);
+    handler.assignGetCommand(C::CmdGetFrequencyIndex, 2);
+    handler.assignStateLabel(2, &label);
+    handler.assignStateLabel(1, &other);
+    handler.setState(1, L::ValueChanged, false);
+    QCOMPARE(other.text(), QString("value changed"));
+    QCOMPARE(other.palette().color(QPalette::WindowText), QColor(0, 0, 127));
+    QSignalSpy updated(&handler, &ParHandler::updated);
+
+    handler.showCommandState(C::CmdGetRadarSensitivity, C::Received, 0); // not assigned
+    QCOMPARE(updated.count(), 0);
+    handler.showCommandState(read ? C::CmdGetFrequencyIndex : C::CmdSetFrequencyIndex, state, 0);
+    QCOMPARE(updated.count(), 1);
+    QTEST(label.state(), "labelState");
+    QTEST(label.text(), "text");
+    if (color.isValid())
+        QCOMPARE(label.palette().color(QPalette::WindowText), color);
+    QTEST(handler.isHideTimerActive(), "hideTimer");
+    QTEST(handler.isDataTimerActive(), "dataTimer");
+    QCOMPARE(other.state(), int(L::ValueChanged));
 }
 
 void tst_CommandPanels::requests()
 {
-    QFETCH(Action, action);
     for (auto* panel : std::initializer_list<QWidget*>{m_commands, m_tuning, m_saveRestart})
         QMetaObject::invokeMethod(panel, "showRadarState", Q_ARG(int, C::Working));
-    // Outcomes of earlier commands are on show.
-    m_commands->cmdHandler()->setState(C::CmdSelfDiagnostics, C::Error, true);
-    m_saveRestart->cmdHandler()->setState(C::CmdRestart, C::Received, true);
-    m_tuning->parHandler()->setState(RadarTuningWidget::SensitivityParameter, L::ErrorOccurred,
-                                     true);
     m_requests.clear();
-    m_labelShownAtRequest = false;
-
-    action(this);
-    QTEST(m_requests, "expected");
-    QVERIFY(!m_labelShownAtRequest);
-    QTEST(button("imitatorModeButton")->isChecked(), "imitatorChecked");
-    QTEST(button("imitatorModeButton")->text(), "imitatorCaption");
+    QPushButton* imitator = button("imitatorModeButton");
+    const QString verification("Go to 'verification' mode");
+    // Each step: outcomes of earlier commands on show, which the request must clear; a
+    // button, or a button with a menu and its chosen item (-1: closed without a choice).
+    const auto press = [this](const QStringList& expected, const char* name, QMenu* menu = nullptr,
+                              int item = -1) {
+        m_commands->cmdHandler()->setState(C::CmdSelfDiagnostics, C::Error, true);
+        m_saveRestart->cmdHandler()->setState(C::CmdRestart, C::Received, true);
+        m_tuning->parHandler()->setState(RadarTuningWidget::SensitivityParameter, L::ErrorOccurred,
+                                         true);
+        button(name)->click();
+        if (menu) {
+            QTRY_VERIFY(menu->isVisible());
+            QVERIFY(m_requests.isEmpty()); // nothing is sent before the choice
+            QVERIFY(!button(name)->isChecked());
+            // While the menu is open the button asks for a choice.
+            const bool info = menu == m_commands->deviceInfoMenu();
+            QCOMPARE(button(name)->text(),
+                     QString(info ? "Choose info type" : "Choose imitator type"));
+            // As the toolkit does it: the menu hides, then the chosen action fires.
+            menu->hide();
+            if (item >= 0)
+                menu->actions().at(item)->trigger();
+        }
+        QVERIFY(!m_labelShownAtRequest);
+        QCOMPARE(std::exchange(m_requests, {}), expected);
+    };
+    QMenu* info = m_commands->deviceInfoMenu();
+    press({"command 1"}, "getDeviceInfoButton", info, 0); // hardware
+    press({"command 2"}, "getDeviceInfoButton", info, 1); // firmware
+    press({"command 3"}, "selfDiagnosticsButton");
+    press({}, "imitatorModeButton", m_commands->imitatorTypeMenu());
+    QVERIFY(!imitator->isChecked());
+    press({"switch 4 2"}, "imitatorModeButton", m_commands->imitatorTypeMenu(), 1);
+    QVERIFY(imitator->isChecked());
+    QCOMPARE(imitator->text(), QString("Go to 'regular' mode"));
+    m_commands->showImitatorMode(1);
+    press({"switch 4 0"}, "imitatorModeButton");
+    QVERIFY(!imitator->isChecked());
+    QCOMPARE(imitator->text(), verification);
+    press({"switch 6 1"}, "fakeTargetsModeButton"); // demo objects on
+    m_commands->showFakeTargetsMode(true);
+    press({"switch 6 0"}, "fakeTargetsModeButton");
+    // Tuning, frequency first: a read, and a write of the spin boxes' values.
+    press({"get frequency", "get sensitivity"}, "getTuningParamsButton");
+    spin("frequencyIdSpin")->setValue(16);
+    spin("sensitivitySpin")->setValue(1);
+    press({"set frequency 16", "set sensitivity 1"}, "setTuningParamsButton");
+    press({"command 8"}, "saveToFlashButton");
+    press({"command 9"}, "restartRadarButton");
     QCOMPARE(button("getDeviceInfoButton")->text(), QString("Get device info"));
-}
-
-void tst_CommandPanels::enabling_data()
-{
-    QTest::addColumn<int>("panel"); // 0 commands, 1 tuning, 2 save and restart
-    QTest::addColumn<int>("radarState");
-    QTest::addColumn<int>("command"); // reported after the radar state, 0 for none
-    QTest::addColumn<int>("commandState");
-    QTest::addColumn<bool>("enabled");
-    QTest::addColumn<bool>("saveEnabled");
-
-    QTest::newRow("commands: working radar") << 0 << 2 << 0 << 0 << true << true;
-    QTest::newRow("commands: busy radar") << 0 << 1 << 0 << 0 << false << true;
-    QTest::newRow("commands: a command queued")
-        << 0 << 2 << int(C::CmdSelfDiagnostics) << int(C::Queued) << false << true;
-    QTest::newRow("commands: another panel's command")
-        << 0 << 2 << int(C::CmdRestart) << int(C::InProgress) << true << true;
-    QTest::newRow("tuning: working radar") << 1 << 2 << 0 << 0 << true << true;
-    QTest::newRow("tuning: wrong data") << 1 << -1 << 0 << 0 << false << true;
-    QTest::newRow("tuning: read acknowledged, value awaited")
-        << 1 << 2 << int(C::CmdGetFrequencyIndex) << int(C::Received) << false << true;
-    QTest::newRow("save/restart: busy radar may only be restarted")
-        << 2 << 1 << 0 << 0 << true << false;
-    QTest::newRow("save/restart: silent radar") << 2 << 0 << 0 << 0 << false << false;
-    QTest::newRow("save/restart: restart in progress")
-        << 2 << 2 << int(C::CmdRestart) << int(C::InProgress) << false << true;
 }
 
 void tst_CommandPanels::enabling()
 {
-    QFETCH(int, panel);
-    QFETCH(int, radarState);
-    QFETCH(int, command);
-    QFETCH(int, commandState);
-    QWidget* panels[] = {m_commands, m_tuning, m_saveRestart};
-    QWidget* p = panels[panel];
-    QVERIFY(!p->isEnabled()); // nothing works before the radar does
-    QMetaObject::invokeMethod(p, "showRadarState", Q_ARG(int, radarState));
-    if (command)
-        QMetaObject::invokeMethod(p, "showCommandState", Q_ARG(int, command),
-                                  Q_ARG(int, commandState), Q_ARG(int, 0));
-    QTEST(p->isEnabled(), "enabled");
-    QTEST(p->parentWidget()->isEnabled(), "enabled"); // the whole titled box
-    if (panel == 2)
-        QTEST(button("saveToFlashButton")->isEnabledTo(p), "saveEnabled");
+    // Nothing works before the radar does; each panel, with its titled box, waits for
+    // its own commands only.
+    const auto enabled
+        = [](QWidget* panel) { return panel->isEnabled() && panel->parentWidget()->isEnabled(); };
+    QVERIFY(!enabled(m_commands) && !enabled(m_tuning) && !enabled(m_saveRestart));
+    m_commands->showRadarState(C::Busy);
+    QVERIFY(!enabled(m_commands));
+    m_commands->showRadarState(C::Working);
+    QVERIFY(enabled(m_commands));
+    m_commands->showCommandState(C::CmdRestart, C::InProgress, 0); // another panel's
+    QVERIFY(enabled(m_commands));
+    m_commands->showCommandState(C::CmdSelfDiagnostics, C::Queued, 0);
+    QVERIFY(!enabled(m_commands));
+
+    m_tuning->showRadarState(C::BadData);
+    QVERIFY(!enabled(m_tuning));
+    m_tuning->showRadarState(C::Working);
+    QVERIFY(enabled(m_tuning));
+    m_tuning->showCommandState(C::CmdGetFrequencyIndex, C::Received, 0); // value awaited
+    QVERIFY(!enabled(m_tuning));
+
+    // A busy radar may only be restarted; a silent one not even that.
+    QPushButton* save = button("saveToFlashButton");
+    m_saveRestart->showRadarState(C::Busy);
+    QVERIFY(enabled(m_saveRestart) && !save->isEnabledTo(m_saveRestart));
+    m_saveRestart->showRadarState(C::Offline);
+    QVERIFY(!enabled(m_saveRestart));
+    m_saveRestart->showRadarState(C::Working);
+    QVERIFY(enabled(m_saveRestart) && save->isEnabledTo(m_saveRestart));
+    m_saveRestart->showCommandState(C::CmdRestart, C::InProgress, 0);
+    QVERIFY(!enabled(m_saveRestart));
 }
 
 void tst_CommandPanels::tuningShowsTheRadarsValues()

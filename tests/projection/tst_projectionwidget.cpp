@@ -1,8 +1,12 @@
 #include "iorvexclient.h"
 #include "projectionpickup.h"
 #include "projectionwidget.h"
+#include "questionanswerer.h"
+#include "tvmsconfigwidget.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
+#include <QDoubleSpinBox>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QPushButton>
@@ -59,7 +63,10 @@ constexpr int Height = 600;
 
 // The projection window: what it tells the traffic scheme, the video delay, what a
 // radar going offline or a disabled window does, the adjustment buttons, the busy
-// animation and the parameter pick-up with its dialogs, report and restored pose.
+// animation and the parameter pick-up with its dialogs, report and restored pose. The
+// camera configuration editor: the configuration a profile without one gets, stored
+// values clamped by the controls, the echo of its own publication, and the question on
+// closing over unapplied edits.
 class tst_ProjectionWidget : public QObject
 {
     Q_OBJECT
@@ -68,13 +75,9 @@ private slots:
     void init();
     void cleanup();
 
-    void sightFollowsTheModel_data();
-    void sightFollowsTheModel();
     void shownFrameLagsByTheVideoDelay_data();
     void shownFrameLagsByTheVideoDelay();
-    void emptyFramesPileUpWhileTheModelIsInvalid();
-    void offlineRadarClearsTheView();
-    void disabledWindowTakesNoFrames();
+    void framesFollowThePoseTheRadarAndTheWindow();
     void tracksFarOutsideThePicturePaint_data();
     void tracksFarOutsideThePicturePaint();
     void adjustmentButtonsMoveOneEdge();
@@ -82,10 +85,11 @@ private slots:
     void rightClickAbortsThePickup();
     void pickupFindsThePose_data();
     void pickupFindsThePose();
-    void badClicksEndCleanly_data();
-    void badClicksEndCleanly();
     void interruptedSearchRestoresThePose_data();
     void interruptedSearchRestoresThePose();
+    void cameraConfigStoredAndApplied_data();
+    void cameraConfigStoredAndApplied();
+    void cameraConfigClosedOverEdits();
 
 private:
     void placeRadar() { m_view->showPosition(6.0, 1.0, -2.0, 3.0, 10.0, 0.0, true); }
@@ -93,7 +97,13 @@ private:
     void mark(const QVector<QPoint>& pixels, bool waitForSearch = true);
     void feedFrame(const QDateTime& time, quint8 id, double x);
 
+    QDoubleSpinBox* editorSpin(const char* name) const
+    {
+        return m_editor->findChild<QDoubleSpinBox*>(name);
+    }
+
     std::unique_ptr<ProjectionWidget> m_view;
+    std::unique_ptr<TvmsConfigWidget> m_editor;
 };
 
 void tst_ProjectionWidget::init()
@@ -104,11 +114,13 @@ void tst_ProjectionWidget::init()
     m_view->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
     m_view->showRadarState(IOrvexClient::Working);
+    m_editor = std::make_unique<TvmsConfigWidget>();
 }
 
 void tst_ProjectionWidget::cleanup()
 {
     m_view.reset();
+    m_editor.reset();
 }
 
 void tst_ProjectionWidget::mark(const QVector<QPoint>& pixels, bool waitForSearch)
@@ -127,35 +139,6 @@ void tst_ProjectionWidget::feedFrame(const QDateTime& time, quint8 id, double x)
     m_view->finishFilling({id});
 }
 
-void tst_ProjectionWidget::sightFollowsTheModel_data()
-{
-    QTest::addColumn<double>("height");
-    QTest::addColumn<double>("elevation");
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<int>("corners");
-    QTest::newRow("radar 6 m up, 10 degrees down") << 6.0 << 10.0 << QSize(Width, Height) << 4;
-    QTest::newRow("level radar") << 6.0 << 0.0 << QSize(Width, Height) << 0;
-    QTest::newRow("window 63 pixels wide") << 6.0 << 10.0 << QSize(63, Height) << 0;
-}
-
-void tst_ProjectionWidget::sightFollowsTheModel()
-{
-    QFETCH(double, height);
-    QFETCH(double, elevation);
-    QFETCH(QSize, size);
-    QFETCH(int, corners);
-    QSignalSpy sight(m_view.get(), &ProjectionWidget::sight);
-    QVERIFY(sight.isValid());
-    m_view->resize(size);
-    m_view->showPosition(height, 0.0, 0.0, 0.0, elevation, 0.0, true);
-    QVERIFY(!sight.isEmpty());
-    const QList<QVariant> last = sight.last();
-    QCOMPARE(last.at(2).value<QPolygonF>().size(), corners);
-    QCOMPARE(m_view->model().isValid(), corners > 0);
-    if (corners > 0)
-        QVERIFY(std::fabs(last.at(1).toPointF().x() - 6.0 / std::tan(10.0 * M_PI / 180.0)) < 1e-9);
-}
-
 void tst_ProjectionWidget::shownFrameLagsByTheVideoDelay_data()
 {
     QTest::addColumn<int>("delay");
@@ -169,55 +152,50 @@ void tst_ProjectionWidget::shownFrameLagsByTheVideoDelay()
 {
     QFETCH(int, delay);
     QFETCH(int, shown);
-    QFETCH(int, waiting);
     m_view->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 40.0}, {"video_delay", delay}});
     placeRadar();
     const QDateTime now = QDateTime::currentDateTimeUtc();
     for (int f = 0; f < 10; ++f)
         feedFrame(now.addMSecs(-100 * (9 - f)), quint8(f + 1), 20.0 + f);
     QCOMPARE(m_view->currentFrame().sortedIds, QVector<quint8>{quint8(shown + 1)});
-    QCOMPARE(m_view->bufferedFrames(), waiting);
+    QTEST(m_view->bufferedFrames(), "waiting");
 }
 
-void tst_ProjectionWidget::emptyFramesPileUpWhileTheModelIsInvalid()
+void tst_ProjectionWidget::framesFollowThePoseTheRadarAndTheWindow()
 {
     // No radar pose yet: the frames started meanwhile wait, empty, and all become
     // current in turn once the model is valid.
     for (int f = 0; f < 3; ++f)
         feedFrame(QDateTime::currentDateTimeUtc(), 7, 20.0);
     QCOMPARE(m_view->bufferedFrames(), 3);
+    // The scheme hears where the camera looks: the axis point and the picture's corners
+    // on the road.
+    QSignalSpy sight(m_view.get(), &ProjectionWidget::sight);
     placeRadar();
-    feedFrame(QDateTime::currentDateTimeUtc(), 7, 20.0);
-    QCOMPARE(m_view->bufferedFrames(), 0);
-    QCOMPARE(m_view->currentFrame().objects.size(), 1);
-}
-
-void tst_ProjectionWidget::offlineRadarClearsTheView()
-{
-    placeRadar();
+    QCOMPARE(sight.last().at(2).value<QPolygonF>().size(), 4);
+    QCOMPARE(sight.last().at(1).toPointF(), m_view->model().axisPoint());
     for (int f = 0; f < 5; ++f)
         feedFrame(QDateTime::currentDateTimeUtc().addMSecs(-100 * (5 - f)), 3, 20.0 + f);
+    QCOMPARE(m_view->bufferedFrames(), 0);
     QCOMPARE(m_view->tracks().rawTrack(3).size(), 5);
-    QSignalSpy sight(m_view.get(), &ProjectionWidget::sight);
+
+    // A disabled window drops what it shows and takes no frames.
+    m_view->setEnabled(false);
+    QVERIFY(m_view->tracks().isEmpty());
+    feedFrame(QDateTime::currentDateTimeUtc(), 4, 21.0);
+    QVERIFY(m_view->currentFrame().objects.isEmpty());
+    QCOMPARE(m_view->bufferedFrames(), 0);
+    m_view->setEnabled(true);
+    feedFrame(QDateTime::currentDateTimeUtc(), 5, 22.0);
+    QCOMPARE(m_view->currentFrame().sortedIds, QVector<quint8>{5});
+
+    // A radar going offline takes the pose, the tracks and the frame with it.
     m_view->showRadarState(IOrvexClient::Offline);
     QVERIFY(m_view->tracks().isEmpty());
     QVERIFY(m_view->currentFrame().objects.isEmpty());
     QVERIFY(!m_view->model().isValid());
     QVERIFY(sight.last().at(2).value<QPolygonF>().isEmpty());
     m_view->repaint(); // nothing to draw, and no crash drawing it
-}
-
-void tst_ProjectionWidget::disabledWindowTakesNoFrames()
-{
-    placeRadar();
-    feedFrame(QDateTime::currentDateTimeUtc(), 3, 20.0);
-    m_view->setEnabled(false);
-    QVERIFY(m_view->currentFrame().objects.isEmpty());
-    feedFrame(QDateTime::currentDateTimeUtc(), 4, 21.0);
-    QCOMPARE(m_view->bufferedFrames(), 0);
-    m_view->setEnabled(true);
-    feedFrame(QDateTime::currentDateTimeUtc(), 5, 22.0);
-    QCOMPARE(m_view->currentFrame().sortedIds, QVector<quint8>{5});
 }
 
 void tst_ProjectionWidget::tracksFarOutsideThePicturePaint_data()
@@ -359,30 +337,6 @@ void tst_ProjectionWidget::pickupFindsThePose()
     QVERIFY(m_view->model().isValid());
 }
 
-void tst_ProjectionWidget::badClicksEndCleanly_data()
-{
-    QTest::addColumn<QVector<QPoint>>("clicks");
-    QTest::newRow("the window's corners")
-        << QVector<QPoint>{{0, 0}, {Width - 1, 0}, {0, Height - 1}, {Width - 1, Height - 1}};
-    QTest::newRow("all on the top edge, where the horizon may lie")
-        << QVector<QPoint>{{10, 0}, {200, 0}, {500, 0}, {790, 0}};
-    QTest::newRow("one point four times") << QVector<QPoint>(4, QPoint(400, 500));
-}
-
-void tst_ProjectionWidget::badClicksEndCleanly()
-{
-    QFETCH(QVector<QPoint>, clicks);
-    placeRadar();
-    DialogAnswerer answerer({3.0, -3.0, 3.0, -3.0});
-    m_view->pickupParameters(1);
-    mark(clicks);
-    // Found or not, a report came and the pose is back.
-    QCOMPARE(answerer.titles.last(), QString("Picked parameters"));
-    QCOMPARE(m_view->radarPoseDegrees().height, 6.0);
-    QVERIFY(m_view->model().isValid());
-    QVERIFY(!m_view->pickup()->isComputing());
-}
-
 void tst_ProjectionWidget::interruptedSearchRestoresThePose_data()
 {
     QTest::addColumn<bool>("closeWindow");
@@ -416,6 +370,100 @@ void tst_ProjectionWidget::interruptedSearchRestoresThePose()
     QCOMPARE(reports, closeWindow ? 0 : 1); // a closed window reports nothing
     QCOMPARE(m_view->radarPoseDegrees().height, 6.0);
     QVERIFY(!m_view->pickup()->isPickingUp());
+}
+
+void tst_ProjectionWidget::cameraConfigStoredAndApplied_data()
+{
+    QTest::addColumn<QJsonObject>("stored");
+    QTest::addColumn<QJsonObject>("applied"); // empty: the stored configuration itself
+
+    QTest::newRow("none stored: the defaults are published at once")
+        << QJsonObject()
+        << QJsonObject{{"x_offset", 0.0},
+                       {"y_offset", 0.0},
+                       {"z_offset", 0.1},
+                       {"azimuth_misalignment", 0.0},
+                       {"altitude_misalignment", 0.0},
+                       {"horizontal_view_angle", 12.0},
+                       {"video_delay", 0}};
+    // Each value different and in range: it comes back under its own key.
+    QTest::newRow("every value round trips") << QJsonObject{{"x_offset", 0.5},
+                                                            {"y_offset", -0.25},
+                                                            {"z_offset", 0.75},
+                                                            {"azimuth_misalignment", 3.5},
+                                                            {"altitude_misalignment", -4.5},
+                                                            {"horizontal_view_angle", 48.0},
+                                                            {"video_delay", 120}}
+                                             << QJsonObject();
+    QTest::newRow("view angle 120 shown as 90")
+        << QJsonObject{{"horizontal_view_angle", 120}}
+        << QJsonObject{{"x_offset", 0.0}, {"horizontal_view_angle", 90.0}, {"video_delay", 0}};
+    QTest::newRow("negative and huge values clamped")
+        << QJsonObject{{"horizontal_view_angle", -5}, {"x_offset", -1e300}, {"video_delay", 1e9}}
+        << QJsonObject{{"x_offset", -1.0}, {"horizontal_view_angle", 1.0}, {"video_delay", 3000}};
+    QTest::newRow("non-numeric values read as 0")
+        << QJsonObject{{"horizontal_view_angle", "wide"},
+                       {"x_offset", "x"},
+                       {"video_delay", "late"}}
+        << QJsonObject{{"x_offset", 0.0}, {"horizontal_view_angle", 1.0}, {"video_delay", 0}};
+}
+
+void tst_ProjectionWidget::cameraConfigStoredAndApplied()
+{
+    QFETCH(QJsonObject, stored);
+    QFETCH(QJsonObject, applied);
+    QSignalSpy published(m_editor.get(), &TvmsConfigWidget::tvmsConfigChanged);
+    // As in the main window, the published configuration comes straight back: ignored.
+    connect(m_editor.get(), &TvmsConfigWidget::tvmsConfigChanged, m_editor.get(),
+            &TvmsConfigWidget::setTvmsConfig);
+    m_editor->setTvmsConfig(stored);
+    if (stored.isEmpty()) {
+        QCOMPARE(published.count(), 1);
+        QCOMPARE(published.first().first().toJsonObject(), applied);
+        return;
+    }
+    QVERIFY(published.isEmpty());
+    m_editor->show();
+    QVERIFY(!m_editor->isConfigChanged());
+    m_editor->findChild<QDialogButtonBox*>("tvmsConfigButtonBox")
+        ->button(QDialogButtonBox::Apply)
+        ->click();
+    QCOMPARE(published.count(), 1);
+    const QJsonObject config = published.first().first().toJsonObject();
+    if (applied.isEmpty())
+        QCOMPARE(config, stored);
+    for (auto it = applied.begin(); it != applied.end(); ++it)
+        QVERIFY2(config.value(it.key()) == it.value(), qPrintable(it.key()));
+}
+
+void tst_ProjectionWidget::cameraConfigClosedOverEdits()
+{
+    m_editor->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 30}, {"z_offset", -0.2}});
+    m_editor->show();
+    // Shown again, the editor drops what was not applied.
+    editorSpin("horizontalViewAngleSpin")->setValue(45);
+    m_editor->hide();
+    m_editor->show();
+    QCOMPARE(editorSpin("horizontalViewAngleSpin")->value(), 30.0);
+    QCOMPARE(editorSpin("zOffsetSpin")->value(), -0.2);
+    // Closing over an edit asks: No keeps the window and the edit, Yes closes.
+    editorSpin("zOffsetSpin")->setValue(0.5);
+    QVERIFY(m_editor->isConfigChanged());
+    for (auto answer : {QMessageBox::No, QMessageBox::Yes}) {
+        QuestionAnswerer answerer(answer);
+        m_editor->close();
+        QCOMPARE(answerer.count, 1);
+        QCOMPARE(answerer.text, QString("All unsaved data will be lost. Continue?"));
+        QCOMPARE(m_editor->isVisible(), answer == QMessageBox::No);
+        if (answer == QMessageBox::No)
+            QCOMPARE(editorSpin("zOffsetSpin")->value(), 0.5);
+    }
+    // Shown again without an edit, nothing is asked.
+    m_editor->show();
+    QuestionAnswerer answerer(QMessageBox::No);
+    m_editor->close();
+    QCOMPARE(answerer.count, 0);
+    QVERIFY(!m_editor->isVisible());
 }
 
 QTEST_MAIN(tst_ProjectionWidget)

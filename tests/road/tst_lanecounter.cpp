@@ -1,9 +1,12 @@
 #include "lanecounter.h"
+#include "lanestatistics.h"
 #include "roadobject.h"
 
 #include <QJsonArray>
+#include <QRandomGenerator>
 #include <QtTest>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -148,9 +151,54 @@ QStringList countVehicles(const QStringList& drives, double line = 50.0)
     return counted;
 }
 
+QString number(double value, int decimals = 2)
+{
+    return std::isnan(value) ? QStringLiteral("-") : QString::number(value, 'f', decimals);
+}
+
+QString describe(const LaneStatistics::Figures& f)
+{
+    return QStringLiteral("count %1, mean %2, v50 %3, v85 %4, v95 %5, min %6, max %7, "
+                          "headways %8 mean %9 min %10, long %11, observed %12")
+        .arg(f.count)
+        .arg(number(f.meanSpeed), number(f.v50), number(f.v85), number(f.v95), number(f.minSpeed),
+             number(f.maxSpeed))
+        .arg(f.headways)
+        .arg(number(f.meanHeadway), number(f.minHeadway))
+        .arg(f.longVehicles)
+        .arg(number(f.observedSeconds, 1));
+}
+
+VehicleCrossing crossing(qint64 ms, int lane, int direction, double speed, double length)
+{
+    return {StartMs + ms, lane, direction, speed, length};
+}
+
+void frames(LaneStatistics& statistics, qint64 fromMs, qint64 toMs)
+{
+    for (qint64 ms = fromMs; ms <= toMs; ms += 100)
+        statistics.addFrame(StartMs + ms);
+}
+
+// The rank-based definition: with the values in ascending order x(1) ... x(n), the
+// value at rank r = 1 + share * (n - 1), linear between x(floor r) and x(floor r + 1).
+double referencePercentile(QVector<double> values, double share)
+{
+    std::sort(values.begin(), values.end());
+    const double r = 1 + share * (values.size() - 1);
+    const int k = int(r);
+    if (k >= values.size())
+        return values.last();
+    return values[k - 1] + (r - k) * (values[k] - values[k - 1]);
+}
+
+constexpr int R = VehicleCrossing::Receding;
+constexpr int A = VehicleCrossing::Approaching;
+
 } // namespace
 
-// Counting vehicles at a detection line from the radar's tracks, and the line itself.
+// Counting vehicles at a detection line from the radar's tracks, the line itself, and
+// the figures per lane, direction and interval with the percentile they rest on.
 class tst_LaneCounter : public QObject
 {
     Q_OBJECT
@@ -160,8 +208,12 @@ private slots:
     void counting();
     void lineAcrossTheRoad_data();
     void lineAcrossTheRoad();
-    void refusedLines_data();
     void refusedLines();
+    void percentile_data();
+    void percentile();
+    void figuresPerInterval();
+    void watchedTime_data();
+    void watchedTime();
 };
 
 void tst_LaneCounter::counting_data()
@@ -231,8 +283,7 @@ void tst_LaneCounter::counting_data()
 void tst_LaneCounter::counting()
 {
     QFETCH(QStringList, vehicles);
-    QFETCH(QStringList, counted);
-    QCOMPARE(countVehicles(vehicles), counted);
+    QTEST(countVehicles(vehicles), "counted");
 }
 
 void tst_LaneCounter::lineAcrossTheRoad_data()
@@ -279,31 +330,143 @@ void tst_LaneCounter::lineAcrossTheRoad()
     QCOMPARE(line.laneAt(line.across(p.x(), p.y())), 1);
 }
 
-void tst_LaneCounter::refusedLines_data()
-{
-    QTest::addColumn<QJsonObject>("config");
-    QTest::addColumn<double>("distance");
-    QTest::addColumn<int>("problem");
-
-    QJsonObject noLanes = road();
-    noLanes["parts"] = QJsonObject{{"1", QJsonObject{{"width", 3.5}}}};
-    QJsonObject noSections = road();
-    noSections.remove("sections");
-    QTest::newRow("road without lanes") << noLanes << 50.0 << int(DetectionLine::NoLanes);
-    QTest::newRow("lanes but no road laid") << noSections << 0.0 << int(DetectionLine::NoRoad);
-    QTest::newRow("past the road's end") << road() << 300.5 << int(DetectionLine::OutsideRoad);
-    QTest::newRow("not a number") << road() << qQNaN() << int(DetectionLine::OutsideRoad);
-}
-
 void tst_LaneCounter::refusedLines()
 {
-    QFETCH(QJsonObject, config);
-    QFETCH(double, distance);
-    QFETCH(int, problem);
-
     DetectionLine line;
-    QCOMPARE(int(line.setRoad(config, distance)), problem);
+    QJsonObject noLanes = road();
+    noLanes["parts"] = QJsonObject{{"1", QJsonObject{{"width", 3.5}}}};
+    QCOMPARE(line.setRoad(noLanes, 50.0), DetectionLine::NoLanes);
     QVERIFY(!line.isValid());
+    QJsonObject noSections = road(); // lanes, but no road laid
+    noSections.remove("sections");
+    QCOMPARE(line.setRoad(noSections, 0.0), DetectionLine::NoRoad);
+    QVERIFY(!line.isValid());
+    for (double pastTheEnd : {300.5, qQNaN()}) {
+        QCOMPARE(line.setRoad(road(), pastTheEnd), DetectionLine::OutsideRoad);
+        QVERIFY(!line.isValid());
+    }
+}
+
+void tst_LaneCounter::percentile_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::addColumn<double>("step"); // values are whole multiples of it
+
+    QTest::newRow("a single vehicle") << 1 << 0.1;
+    QTest::newRow("two vehicles") << 2 << 0.1;
+    QTest::newRow("a busy minute, many equal speeds") << 40 << 0.5;
+    QTest::newRow("speeds of any value") << 500 << 0.0;
+}
+
+void tst_LaneCounter::percentile()
+{
+    QFETCH(int, count);
+    QFETCH(double, step);
+    QRandomGenerator random{quint32(count)};
+    for (int round = 0; round < 50; ++round) {
+        QVector<double> speeds;
+        for (int i = 0; i < count; ++i) {
+            const double speed = 8 + random.generateDouble() * 30;
+            speeds.append(step > 0 ? std::round(speed / step) * step : speed);
+        }
+        const double randomShare = random.generateDouble();
+        for (double share : {0.0, 0.4, 0.5, 0.85, 0.95, 1.0, randomShare}) {
+            QVector<double> values = speeds;
+            const double value = LaneStatistics::percentile(values, share);
+            const double reference = referencePercentile(speeds, share);
+            QVERIFY2(std::fabs(value - reference) < 1e-9,
+                     qPrintable(QStringLiteral("share %1: %2 instead of %3")
+                                    .arg(share)
+                                    .arg(value)
+                                    .arg(reference)));
+        }
+    }
+    // A share above 1 is taken as 1; no values have no percentile.
+    QVector<double> two{2, 1};
+    QCOMPARE(LaneStatistics::percentile(two, 1.5), 2.0);
+    QVector<double> none;
+    QVERIFY(std::isnan(LaneStatistics::percentile(none, 0.5)));
+}
+
+void tst_LaneCounter::figuresPerInterval()
+{
+    // Watched from 08:00:30 to 08:02:10.
+    LaneStatistics statistics({1, -1});
+    frames(statistics, 30000, 130000);
+    statistics.addCrossing(crossing(40000, -1, R, 20, 4.5));
+    statistics.addCrossing(crossing(45000, -1, A, 15, 4.0));
+    statistics.addCrossing(crossing(50000, -1, R, 25, 7.0));
+    statistics.addCrossing(crossing(52500, -1, R, 30, 4.0));
+    statistics.addCrossing(crossing(65000, -1, R, 22, 12.0));
+    statistics.addCrossing(crossing(70000, 1, A, 27, 5.0));
+    statistics.addCrossing(crossing(74000, 1, A, 29, 6.0));
+
+    const QVector<LaneStatistics::Row> rows = statistics.intervalRows();
+    // Three minutes, two lanes in ascending number, receding before approaching.
+    QCOMPARE(rows.size(), 3 * 2 * 2);
+    for (int i = 0; i < rows.size(); ++i) {
+        QCOMPARE(rows[i].startMs, StartMs + (i / 4) * 60000);
+        QCOMPARE(rows[i].lane, i % 4 < 2 ? -1 : 1);
+        QCOMPARE(rows[i].direction, i % 2 == 0 ? R : A);
+    }
+    // The first minute in lane -1, receding: three vehicles, headways within the minute.
+    QCOMPARE(describe(rows[0].figures),
+             QString("count 3, mean 25.00, v50 25.00, v85 28.50, v95 29.50, min 20.00, max 30.00, "
+                     "headways 2 mean 6.25 min 2.50, long 1, observed 30.0"));
+    // In lane 1, receding, no vehicle: a count of 0.
+    QCOMPARE(describe(rows[2].figures),
+             QString("count 0, mean -, v50 -, v85 -, v95 -, min -, max -, headways 0 mean - min -, "
+                     "long 0, observed 30.0"));
+    // The second minute in lane -1: a headway from the vehicle of the minute before.
+    QCOMPARE(describe(rows[4].figures),
+             QString("count 1, mean 22.00, v50 22.00, v85 22.00, v95 22.00, min 22.00, max 22.00, "
+                     "headways 1 mean 12.50 min 12.50, long 1, observed 60.0"));
+    // In lane 1, approaching: exactly 6 m is not a long vehicle.
+    QCOMPARE(describe(rows[7].figures),
+             QString("count 2, mean 28.00, v50 28.00, v85 28.70, v95 28.90, min 27.00, max 29.00, "
+                     "headways 1 mean 4.00 min 4.00, long 0, observed 60.0"));
+}
+
+void tst_LaneCounter::watchedTime_data()
+{
+    QTest::addColumn<QVector<qint64>>("stretches"); // first and last message, seconds
+    QTest::addColumn<QVector<qint64>>("vehicles"); // crossings in lane 1, receding, ms
+    QTest::addColumn<QString>("expected"); // gaps, seconds watched, interval starts, headways
+
+    QTest::newRow("radar away longer than a gap: no headway across it, no row for it")
+        << QVector<qint64>{0, 10, 21, 25} << QVector<qint64>{5000, 22000, 23500}
+        << "gaps 1, watched 14.0, intervals 0 5 20, headways 1";
+    QTest::newRow("clock set back: both stretches count once, no headway between")
+        << QVector<qint64>{10, 20, 5, 8} << QVector<qint64>{15000, 6000}
+        << "gaps 1, watched 13.0, intervals 5 10 15, headways 0";
+}
+
+void tst_LaneCounter::watchedTime()
+{
+    QFETCH(QVector<qint64>, stretches);
+    QFETCH(QVector<qint64>, vehicles);
+    QFETCH(QString, expected);
+
+    LaneStatistics statistics({1}, 5000);
+    for (int i = 0; i + 1 < stretches.size(); i += 2)
+        frames(statistics, stretches[i] * 1000, stretches[i + 1] * 1000);
+    for (qint64 ms : vehicles)
+        statistics.addCrossing(crossing(ms, 1, R, 20, 4));
+
+    QStringList starts;
+    int headways = 0;
+    for (const LaneStatistics::Row& row : statistics.intervalRows()) {
+        if (row.direction == R) {
+            starts << QString::number((row.startMs - StartMs) / 1000);
+            headways += row.figures.headways;
+        }
+    }
+    QCOMPARE(QStringLiteral("gaps %1, watched %2, intervals %3, headways %4")
+                 .arg(statistics.gapCount())
+                 .arg(statistics.observedSeconds(), 0, 'f', 1)
+                 .arg(starts.join(' '))
+                 .arg(headways),
+             expected);
 }
 
 QTEST_GUILESS_MAIN(tst_LaneCounter)

@@ -319,12 +319,11 @@ void tst_RoadBuilder::brokenValuesKeepTheRoadBounded()
 {
     QFETCH(QString, config);
     QFETCH(QRectF, rect);
-    QFETCH(int, lastMark);
     const QJsonDocument document = QJsonDocument::fromJson(config.toUtf8());
     QVERIFY2(document.isObject(), qPrintable(config));
     const Result r = build(document.object());
     QCOMPARE(r.rect, rect);
-    QCOMPARE(r.angles.lastKey(), lastMark);
+    QTEST(r.angles.lastKey(), "lastMark");
 }
 
 QTEST_APPLESS_MAIN(tst_RoadBuilder)

@@ -73,7 +73,6 @@ private slots:
     void loadAndApply();
     void edits_data();
     void edits();
-    void closeQuestion_data();
     void closeQuestion();
 
 private:
@@ -280,61 +279,51 @@ void tst_RoadConfigWidget::edits()
     }
 }
 
-void tst_RoadConfigWidget::closeQuestion_data()
-{
-    QTest::addColumn<QString>("edit");
-    QTest::addColumn<bool>("viaTitleBar"); // the window's own close, not the Close button
-    QTest::addColumn<bool>("answerYes");
-    QTest::addColumn<bool>("asked");
-
-    QTest::newRow("nothing changed closes at once") << "none" << false << false << false;
-    QTest::newRow("loaded road is no edit") << "load" << false << false << false;
-    QTest::newRow("applied edit closes at once") << "apply" << false << false << false;
-    QTest::newRow("edited width, Yes drops it") << "width" << false << true << true;
-    QTest::newRow("appended lane, No keeps it") << "lane" << false << false << true;
-    QTest::newRow("changed length, Yes drops it") << "length" << false << true << true;
-    QTest::newRow("changed kind, title bar asks too") << "kind" << true << false << true;
-}
-
 void tst_RoadConfigWidget::closeQuestion()
 {
-    QFETCH(QString, edit);
-    QFETCH(bool, viaTitleBar);
-    QFETCH(bool, answerYes);
-    QFETCH(bool, asked);
-
     m_widget->setRoadConfig(json(R"({"sections": [{"length": 10}, {"length": 20}]})"));
-    const QJsonObject before = apply();
-    if (edit == "load")
-        m_widget->setRoadConfig(json(R"({"origin_offset": 5})"));
-    else if (edit == "apply" || edit == "width")
-        field("medianStripWidthSpin")->setValue(3.0);
-    else if (edit == "lane")
-        click("appendLeftLane");
-    else if (edit == "length")
-        field("sectionLengthSpin2")->setValue(30.0);
-    else if (edit == "kind")
-        field<QComboBox>("sectionKindCombo2")->setCurrentIndex(1);
-    if (edit == "apply")
-        apply();
-
     QSignalSpy aboutToClose(m_widget.get(), &StandaloneWidget::aboutToClose);
-    QuestionAnswerer answerer(answerYes ? QMessageBox::Yes : QMessageBox::No);
-    if (viaTitleBar)
-        m_widget->close();
-    else
-        field<QDialogButtonBox>("roadConfigButtonBox")->button(QDialogButtonBox::Close)->click();
-
-    const bool closed = !asked || answerYes;
-    QCOMPARE(answerer.count, asked ? 1 : 0);
-    if (asked)
-        QCOMPARE(answerer.text, QString("All unsaved data will be lost. Continue?"));
-    QCOMPARE(m_widget->isVisible(), !closed);
-    QCOMPARE(aboutToClose.count(), closed ? 1 : 0);
-    QCOMPARE(m_widget->isConfigChanged(), !closed);
-    // No keeps the edit in the rows; Yes drops it and the rows show the applied road again.
-    if (asked)
-        QCOMPARE(apply() == before, closed);
+    // Closes with the Close button or the title bar's; a question answered with the
+    // given button, if asked, decides.
+    const auto close = [this, &aboutToClose](bool asked, QMessageBox::StandardButton answer,
+                                             bool viaTitleBar = false) {
+        aboutToClose.clear();
+        QuestionAnswerer answerer(answer);
+        if (viaTitleBar)
+            m_widget->close();
+        else
+            field<QDialogButtonBox>("roadConfigButtonBox")
+                ->button(QDialogButtonBox::Close)
+                ->click();
+        const bool closed = !asked || answer == QMessageBox::Yes;
+        QCOMPARE(answerer.count, asked ? 1 : 0);
+        if (asked)
+            QCOMPARE(answerer.text, QString("All unsaved data will be lost. Continue?"));
+        QCOMPARE(m_widget->isVisible(), !closed);
+        QCOMPARE(aboutToClose.count(), closed ? 1 : 0);
+        QCOMPARE(m_widget->isConfigChanged(), !closed);
+        m_widget->show();
+    };
+    close(false, QMessageBox::No); // nothing changed: closes at once
+    m_widget->setRoadConfig(json(R"({"origin_offset": 5})"));
+    close(false, QMessageBox::No); // a loaded road is no edit
+    m_widget->setRoadConfig(json(R"({"sections": [{"length": 10}, {"length": 20}]})"));
+    field("medianStripWidthSpin")->setValue(3.0);
+    const QJsonObject widened = apply();
+    close(false, QMessageBox::No); // an applied edit closes at once
+    // Yes drops an edit: the rows show the applied road again. No keeps it in the rows.
+    field("medianStripWidthSpin")->setValue(4.0);
+    close(true, QMessageBox::Yes);
+    QCOMPARE(apply(), widened);
+    click("appendLeftLane");
+    close(true, QMessageBox::No);
+    const QJsonObject withLane = apply();
+    QVERIFY(withLane != widened);
+    field("sectionLengthSpin2")->setValue(30.0);
+    close(true, QMessageBox::Yes);
+    QCOMPARE(apply(), withLane);
+    field<QComboBox>("sectionKindCombo2")->setCurrentIndex(1);
+    close(true, QMessageBox::No, true); // the title bar asks too
 }
 
 QTEST_MAIN(tst_RoadConfigWidget)

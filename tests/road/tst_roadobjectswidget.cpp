@@ -1,12 +1,16 @@
+#include "imitatorobjectwidget.h"
+#include "iorvexclient.h"
 #include "roadbuilder.h"
 #include "roadobjectswidget.h"
 
 #include <QJsonDocument>
+#include <QLabel>
 #include <QtTest>
 
 // The traffic scheme as a widget: the values written along the road and on the Y
 // scale, tracks across rescales and frames, the picture a frame at a time, side labels
-// in traffic, long exposure.
+// in traffic, long exposure. The imitator's speed display beside it: the first object
+// of a frame, or "no data".
 class tst_RoadObjectsWidget : public QObject
 {
     Q_OBJECT
@@ -20,12 +24,23 @@ private slots:
     void frameByFrameEqualsWholeDraw();
     void sideLabelsInTrafficDoNotOverlap();
     void longExposureStartsClean();
+    void imitatorFrames_data();
+    void imitatorFrames();
+    void imitatorHiddenKeepsItsTextStoppedRadarEmpties();
 
 private:
     // The demo road (four lanes, 300 m with a gentle left curve) in a shown widget.
     static void setDemoRoad(RoadObjectsWidget& scheme, const QSize& size, bool vertical = false);
     static void frame(RoadObjectsWidget& scheme, const QDateTime& time,
                       const QList<QPair<quint8, QPointF>>& objects, bool fresh = true);
+    static void frame(ImitatorObjectWidget& widget, const QList<double>& speeds)
+    {
+        widget.startFilling();
+        quint8 id = 0;
+        for (double speed : speeds)
+            widget.addObject(id++, speed, 0, 40, 0, 4.4, QDateTime::currentDateTimeUtc());
+        widget.finishFilling();
+    }
 };
 
 void tst_RoadObjectsWidget::setDemoRoad(RoadObjectsWidget& scheme, const QSize& size, bool vertical)
@@ -299,6 +314,63 @@ void tst_RoadObjectsWidget::longExposureStartsClean()
 
     scheme.setTracksDisplayMode(7); // not a mode: nothing changes
     QCOMPARE(scheme.tracksDisplayMode(), 1);
+}
+
+void tst_RoadObjectsWidget::imitatorFrames_data()
+{
+    QTest::addColumn<bool>("twoLines");
+    QTest::addColumn<QList<double>>("speeds");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QColor>("color");
+    QTest::addColumn<int>("pointSize");
+
+    const QColor black(0, 0, 0);
+    const QColor red(191, 0, 0);
+    QTest::newRow("the first of three objects")
+        << false << QList<double>{-12.5, 25.0, 3.0} << "-45.0 <nobr>km/h</nobr>" << black << 144;
+    QTest::newRow("two lines") << true << QList<double>{25.0} << "90.0<br><nobr>km/h</nobr>"
+                               << black << 144;
+    QTest::newRow("no objects") << false << QList<double>{} << "no data" << red << 96;
+    QTest::newRow("no objects, two lines") << true << QList<double>{} << "no<br>data" << red << 96;
+}
+
+void tst_RoadObjectsWidget::imitatorFrames()
+{
+    QFETCH(bool, twoLines);
+    QFETCH(QList<double>, speeds);
+    QFETCH(QString, text);
+    QFETCH(QColor, color);
+    QFETCH(int, pointSize);
+
+    ImitatorObjectWidget widget;
+    widget.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&widget));
+    widget.setTwoLines(twoLines);
+    frame(widget, {1.0}); // a previous frame's text must go
+    frame(widget, speeds);
+    const QLabel* label = widget.findChild<QLabel*>("imitatorSpeedLabel");
+    QCOMPARE(widget.text(), text);
+    QCOMPARE(label->palette().color(QPalette::Active, QPalette::WindowText), color);
+    QCOMPARE(label->font().pointSize(), pointSize);
+    QVERIFY(widget.updatesEnabled());
+}
+
+void tst_RoadObjectsWidget::imitatorHiddenKeepsItsTextStoppedRadarEmpties()
+{
+    ImitatorObjectWidget widget;
+    widget.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&widget));
+    widget.showRadarState(IOrvexClient::Working);
+    frame(widget, {10.0});
+    widget.hide();
+    frame(widget, {20.0});
+    frame(widget, {});
+    widget.show();
+    QCOMPARE(widget.text(), QString("36.0 <nobr>km/h</nobr>"));
+    QVERIFY(widget.isEnabled());
+    widget.showRadarState(IOrvexClient::Busy);
+    QCOMPARE(widget.text(), QString("no data"));
+    QVERIFY(!widget.isEnabled());
 }
 
 QTEST_MAIN(tst_RoadObjectsWidget)
