@@ -12,11 +12,16 @@ SteadyGroupBox::SteadyGroupBox(const QString& title, QWidget* parent)
     : QGroupBox(title, parent)
 { }
 
-bool SteadyGroupBox::isFrameFor(const QStyleOptionGroupBox& option, qreal devicePixelRatio) const
+namespace {
+// Paints of the same look after which a box keeps its frame: one painted only now and
+// then (on a hover or a click) is not worth the memory.
+constexpr int PaintsBeforeKeeping = 8;
+} // namespace
+
+bool SteadyGroupBox::hasLook(const QStyleOptionGroupBox& option, qreal devicePixelRatio) const
 {
-    const QStyleOptionGroupBox& kept = m_frameOption;
-    return !m_frame.isNull() && m_frameStyle == style()
-           && m_frame.devicePixelRatio() == devicePixelRatio && m_frameFont == font()
+    const QStyleOptionGroupBox& kept = m_look;
+    return m_lookStyle == style() && m_lookRatio == devicePixelRatio && m_lookFont == font()
            && kept.rect == option.rect && kept.state == option.state
            && kept.direction == option.direction && kept.palette == option.palette
            && kept.text == option.text && kept.textColor == option.textColor
@@ -35,9 +40,20 @@ void SteadyGroupBox::paintEvent(QPaintEvent* event)
     }
     QStyleOptionGroupBox option;
     initStyleOption(&option);
-    QPainter p(this);
     const qreal ratio = devicePixelRatioF();
-    if (!isFrameFor(option, ratio)) {
+    if (!hasLook(option, ratio)) {
+        m_look = option;
+        m_lookStyle = style();
+        m_lookFont = font();
+        m_lookRatio = ratio;
+        m_paintsAlike = 0;
+        m_frame = QPixmap();
+    }
+    if (m_frame.isNull() && ++m_paintsAlike < PaintsBeforeKeeping) {
+        QGroupBox::paintEvent(event);
+        return;
+    }
+    if (m_frame.isNull()) {
         // The frame alone, to go over whatever is beneath the box as the style would draw
         // it there; not the title: text is smoothed for the surface it is drawn on, so the
         // title is drawn on the window itself.
@@ -48,12 +64,10 @@ void SteadyGroupBox::paintEvent(QPaintEvent* event)
         QStyleOptionGroupBox frameOnly = option;
         frameOnly.subControls &= ~QStyle::SC_GroupBoxLabel;
         style()->drawComplexControl(QStyle::CC_GroupBox, &frameOnly, &framePainter, this);
-        m_frameOption = option;
-        m_frameStyle = style();
-        m_frameFont = font();
         m_titleRect
             = style()->subControlRect(QStyle::CC_GroupBox, &option, QStyle::SC_GroupBoxLabel, this);
     }
+    QPainter p(this);
     p.drawPixmap(0, 0, m_frame);
     if ((option.subControls & QStyle::SC_GroupBoxLabel)
         && event->region().intersects(m_titleRect)) {

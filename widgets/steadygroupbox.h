@@ -4,9 +4,10 @@
 #include <QPixmap>
 #include <QStyleOptionGroupBox>
 
-// A group box whose frame is drawn once and kept until the box's look changes. A box
-// holding values that change with every radar frame is repainted behind them each time,
-// and the style measures the title and loads the frame's picture anew for every repaint.
+// A group box that keeps its drawn frame while it is repainted again and again with the
+// same look. A box holding values that change with every radar frame is repainted behind
+// them each time, and the style measures the title and loads the frame's picture anew
+// for every repaint.
 class SteadyGroupBox : public QGroupBox
 {
     Q_OBJECT
@@ -19,12 +20,14 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    // Whether the frame kept was drawn for this look of the box.
-    bool isFrameFor(const QStyleOptionGroupBox& option, qreal devicePixelRatio) const;
+    // Whether the box looks as it did at the last paint.
+    bool hasLook(const QStyleOptionGroupBox& option, qreal devicePixelRatio) const;
 
-    QPixmap m_frame;
+    QStyleOptionGroupBox m_look;
+    const QStyle* m_lookStyle = nullptr;
+    QFont m_lookFont;
+    qreal m_lookRatio = 0;
+    int m_paintsAlike = 0;
+    QPixmap m_frame; // for the look, once kept
     QRect m_titleRect;
-    QStyleOptionGroupBox m_frameOption;
-    const QStyle* m_frameStyle = nullptr;
-    QFont m_frameFont;
 };
