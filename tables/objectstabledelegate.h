@@ -36,7 +36,7 @@ private:
     void drawText(QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect,
                   Qt::Alignment alignment, const QString& text, const QColor& color) const;
     // The size of a text in a font, and whether it was laid out from the glyphs.
-    QSizeF textSize(const QString& text, const QFont& font, bool* isNumber) const;
+    QSizeF textSize(const QString& text, const QFont& font, bool* laidOut) const;
     const QStaticText& staticText(const QString& text, const QFont& font) const;
 
     // Shaped texts for one font; dropped whole when the font changes or it grows large.

@@ -138,17 +138,21 @@ void ObjectsTableWidget::addObject(quint8 id, double xSpeed, double ySpeed, doub
     QTableWidget* table = m_ui->tableWidget;
     const int row = m_filledRows++;
     const bool reused = row < table->rowCount();
+    QString previousId;
     if (reused) {
-        const QTableWidgetItem* idItem = table->item(row, IdColumn);
-        m_idsChanged = m_idsChanged || !idItem || idItem->text() != QString::number(id);
+        if (const QTableWidgetItem* idItem = table->item(row, IdColumn))
+            previousId = idItem->text();
     } else {
         table->insertRow(row);
     }
-    // A reused row changes nearly every cell; the views hear of all of them at once at
-    // the frame's end rather than of each cell.
-    const QSignalBlocker quiet(reused ? table->model() : nullptr);
-    fillObjectRow(table, row, m_paintObjects, id, xSpeed, ySpeed, xRange, yRange, length,
-                  m_lastUpdateTimeText);
+    {
+        // A reused row changes nearly every cell; the views hear of all of them at once at
+        // the frame's end rather than of each cell.
+        const QSignalBlocker quiet(reused ? table->model() : nullptr);
+        fillObjectRow(table, row, m_paintObjects, id, xSpeed, ySpeed, xRange, yRange, length,
+                      m_lastUpdateTimeText);
+    }
+    m_idsChanged = m_idsChanged || (reused && table->item(row, IdColumn)->text() != previousId);
 }
 
 void ObjectsTableWidget::finishFilling()

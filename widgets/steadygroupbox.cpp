@@ -4,6 +4,12 @@
 #include <QPaintEvent>
 #include <QStyle>
 
+namespace {
+// Paints of the same look after which a box keeps its frame: one painted only now and
+// then (on a hover or a click) is not worth the memory.
+constexpr int PaintsBeforeKeeping = 8;
+} // namespace
+
 SteadyGroupBox::SteadyGroupBox(QWidget* parent)
     : QGroupBox(parent)
 { }
@@ -11,12 +17,6 @@ SteadyGroupBox::SteadyGroupBox(QWidget* parent)
 SteadyGroupBox::SteadyGroupBox(const QString& title, QWidget* parent)
     : QGroupBox(title, parent)
 { }
-
-namespace {
-// Paints of the same look after which a box keeps its frame: one painted only now and
-// then (on a hover or a click) is not worth the memory.
-constexpr int PaintsBeforeKeeping = 8;
-} // namespace
 
 bool SteadyGroupBox::hasLook(const QStyleOptionGroupBox& option, qreal devicePixelRatio) const
 {
