@@ -194,11 +194,13 @@ int main(int argc, char* argv[])
                              + 0.1 * std::sin(f * 0.05 + i);
             const QDateTime detected = (i % 20 == 0 && f % 7 == 0) ? older : time;
             const double length = 4.0 + i % 12;
-            helper.addObject(quint8(i), speed[i], 0.1, x[i], y, length, detected);
-            scheme.addObject(quint8(i), speed[i], 0.1, x[i], y, length, detected);
-            table.addObject(quint8(i), speed[i], 0.1, x[i], y, length, detected);
-            history.addObject(quint8(i), speed[i], 0.1, x[i], y, length, detected);
-            projection.addObject(quint8(i), speed[i], 0.1, x[i], y, length, detected);
+            // Measured speeds wander by a few tenths of a km/h from frame to frame.
+            const double v = speed[i] + 0.1 * std::sin(f * 0.3 + i);
+            helper.addObject(quint8(i), v, 0.1, x[i], y, length, detected);
+            scheme.addObject(quint8(i), v, 0.1, x[i], y, length, detected);
+            table.addObject(quint8(i), v, 0.1, x[i], y, length, detected);
+            history.addObject(quint8(i), v, 0.1, x[i], y, length, detected);
+            projection.addObject(quint8(i), v, 0.1, x[i], y, length, detected);
         }
         table.finishFilling();
         history.finishFilling();

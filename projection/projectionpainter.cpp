@@ -9,6 +9,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -157,7 +158,7 @@ void ProjectionPainter::doDrawTracks(const Scene& scene, qreal devicePixelRatio)
     m_rasterizer.begin(&m_composed);
     for (quint8 id : scene.frame->sortedIds) {
         const QPoint* points = nullptr;
-        const int count = scene.tracks->screenPoints(id, &points);
+        const int count = scene.tracks->screenPath(id, &points);
         if (count < 2)
             continue;
         const QRgb color = ObjectColor::base(scene.options.paintObjects ? id : 0).rgba();
@@ -194,8 +195,14 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
         m_idTexts.clear();
         m_labelTexts.clear();
         m_labelBounds.clear();
+        m_discs.clear();
     }
-    const QFontMetrics idMetrics(m_textFont);
+    // Discs are copied where the painter draws one to one and moves by whole pixels.
+    const QTransform& device = p.deviceTransform();
+    const bool pictures = p.device() && p.device()->devicePixelRatioF() == 1.0
+                          && device.type() <= QTransform::TxTranslate
+                          && device.dx() == std::floor(device.dx())
+                          && device.dy() == std::floor(device.dy());
     const QFontMetrics labelMetrics(m_labelFont);
     const CameraModel& model = *scene.model;
     const QString speedFormat = tr("%1 km/h");
@@ -211,17 +218,32 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
         const QColor& base = ObjectColor::base(colourId);
         const QColor& text = ObjectColor::text(colourId);
 
-        const QRect disc(QPoint(at.x() - 12, at.y() - 12), QPoint(at.x() + 10, at.y() + 10));
-        p.setPen(QPen(text, 1));
-        p.setBrush(base);
-        p.drawEllipse(disc);
-        const QString idText = QString::number(id);
-        const QStaticText& idStatic = staticText(m_idTexts, idText, m_textFont);
-        p.setFont(m_textFont);
-        const QSizeF idSize = idStatic.size();
-        p.drawStaticText(QPointF(disc.center().x() + 0.5 - idSize.width() / 2.0,
-                                 disc.center().y() + 0.5 - idSize.height() / 2.0),
-                         idStatic);
+        if (pictures) {
+            const quint16 key = quint16(id | colourId << 8);
+            auto picture = m_discs.constFind(key);
+            if (picture == m_discs.cend()) {
+                // The outline reaches a pixel past the disc's rectangle, a long id may
+                // reach past the disc.
+                const QStaticText& idStatic
+                    = staticText(m_idTexts, QString::number(id), m_textFont);
+                const QRect reach = (QRect(QPoint(-12, -12), QPoint(11, 11))
+                                     | QRectF(QPointF(-0.5 - idStatic.size().width() / 2.0,
+                                                      -0.5 - idStatic.size().height() / 2.0),
+                                              idStatic.size())
+                                           .toAlignedRect())
+                                        .adjusted(-1, -1, 1, 1);
+                DiscPicture made{QImage(reach.size(), QImage::Format_ARGB32_Premultiplied),
+                                 reach.topLeft()};
+                made.image.fill(Qt::transparent);
+                QPainter onPicture(&made.image);
+                drawDisc(onPicture, -reach.topLeft(), id, text, base);
+                onPicture.end();
+                picture = m_discs.insert(key, made);
+            }
+            p.drawImage(at + picture->offset, picture->image);
+        } else {
+            drawDisc(p, at, id, text, base);
+        }
 
         const QString label = speedFormat.arg(RoadObject::kmh(it->xSpeed), 0, 'f', 1);
         const QRect labelRect(QPoint(at.x() + 22, at.y() - 32), QPoint(at.x() + 149, at.y() + 31));
@@ -235,10 +257,26 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
         }
         const QRect textBox = bounds->translated(labelRect.topLeft());
         drawFramedBox(p, textBox.adjusted(-4, -2, 4, 0), text, base);
+        p.setPen(text);
         p.setFont(m_labelFont);
         p.drawStaticText(textBox.topLeft(), staticText(m_labelTexts, label, m_labelFont));
     }
     p.setBrush(Qt::NoBrush);
+}
+
+void ProjectionPainter::drawDisc(QPainter& p, const QPoint& at, quint8 id, const QColor& outline,
+                                 const QColor& fill)
+{
+    const QRect disc(QPoint(at.x() - 12, at.y() - 12), QPoint(at.x() + 10, at.y() + 10));
+    p.setPen(QPen(outline, 1));
+    p.setBrush(fill);
+    p.drawEllipse(disc);
+    const QStaticText& idStatic = staticText(m_idTexts, QString::number(id), m_textFont);
+    p.setFont(m_textFont);
+    const QSizeF idSize = idStatic.size();
+    p.drawStaticText(QPointF(disc.center().x() + 0.5 - idSize.width() / 2.0,
+                             disc.center().y() + 0.5 - idSize.height() / 2.0),
+                     idStatic);
 }
 
 void ProjectionPainter::doDrawCheckpoints(QPainter& p, const Scene& scene) const

@@ -95,6 +95,9 @@ private:
     void doDrawAnimation(QPainter& p, const Scene& scene) const;
     const QStaticText& staticText(QHash<QString, QStaticText>& cache, const QString& text,
                                   const QFont& font);
+    // An object's disc with its id, centred on `at`.
+    void drawDisc(QPainter& p, const QPoint& at, quint8 id, const QColor& outline,
+                  const QColor& fill);
 
     BaseKey m_baseKey;
     bool m_hasBase = false;
@@ -107,4 +110,12 @@ private:
     QHash<QString, QStaticText> m_idTexts;
     QHash<QString, QStaticText> m_labelTexts;
     QHash<QString, QRect> m_labelBounds;
+    // Each object's disc, drawn once with its id on a transparent ground and then copied:
+    // by id and colour entry, with the corner's offset from the disc's centre.
+    struct DiscPicture
+    {
+        QImage image;
+        QPoint offset;
+    };
+    QHash<quint16, DiscPicture> m_discs;
 };

@@ -2,6 +2,8 @@
 
 #include "cameramodel.h"
 
+#include <algorithm>
+
 template<typename Points> void ProjectionTracks::trim(Points& points, int& start)
 {
     const int count = points.size() - start;
@@ -10,6 +12,34 @@ template<typename Points> void ProjectionTracks::trim(Points& points, int& start
     if (start >= MaxTrackPoints) {
         points.remove(0, start);
         start = 0;
+    }
+}
+
+void ProjectionTracks::appendPixel(Track& track, const QPoint& pixel)
+{
+    if (track.runs.size() > track.runStart && track.runs.last() == pixel) {
+        ++track.runLengths.last();
+    } else {
+        track.runs.append(pixel);
+        track.runLengths.append(1);
+    }
+    ++track.screenCount;
+}
+
+void ProjectionTracks::trimScreen(Track& track)
+{
+    while (track.screenCount > MaxTrackPoints) {
+        int& oldest = track.runLengths[track.runStart];
+        const int dropped = std::min(oldest, track.screenCount - MaxTrackPoints);
+        oldest -= dropped;
+        track.screenCount -= dropped;
+        if (oldest == 0)
+            ++track.runStart;
+    }
+    if (track.runStart >= MaxTrackPoints) {
+        track.runs.remove(0, track.runStart);
+        track.runLengths.remove(0, track.runStart);
+        track.runStart = 0;
     }
 }
 
@@ -25,7 +55,6 @@ void ProjectionTracks::update(const DelayedFrame& frame, const CameraModel& mode
     for (const RoadObject& o : frame.objects) {
         Track& track = m_tracks[o.id];
         QVector<QPointF>& raw = track.raw;
-        QPolygon& screen = track.screen;
         // Only a detection in this very frame adds a point; a carried-over report does not.
         bool ok = false;
         if (o.lastDetected == frame.frameTime) {
@@ -34,26 +63,28 @@ void ProjectionTracks::update(const DelayedFrame& frame, const CameraModel& mode
                 raw.append(QPointF(o.xRange, o.yRange));
         }
         // Bring the pixel track up to the raw one; what the model does not show is gone.
-        int i = track.rawStart + (screen.size() - track.screenStart);
+        int i = track.rawStart + track.screenCount;
         while (i < raw.size()) {
             const QPoint pixel = model.xyToScreen(raw.at(i), &ok);
             if (ok) {
-                screen.append(pixel);
+                appendPixel(track, pixel);
                 ++i;
             } else {
                 raw.remove(i);
             }
         }
         trim(raw, track.rawStart);
-        trim(screen, track.screenStart);
+        trimScreen(track);
     }
 }
 
 void ProjectionTracks::clearScreen()
 {
     for (Track& track : m_tracks) {
-        track.screen.clear();
-        track.screenStart = 0;
+        track.runs.clear();
+        track.runLengths.clear();
+        track.runStart = 0;
+        track.screenCount = 0;
     }
 }
 
@@ -70,17 +101,23 @@ QVector<QPointF> ProjectionTracks::rawTrack(quint8 id) const
 
 QPolygon ProjectionTracks::screenTrack(quint8 id) const
 {
+    QPolygon points;
     const auto it = m_tracks.constFind(id);
-    return it == m_tracks.cend() ? QPolygon() : QPolygon(it->screen.mid(it->screenStart));
+    if (it == m_tracks.cend())
+        return points;
+    points.reserve(it->screenCount);
+    for (int run = it->runStart; run < it->runs.size(); ++run)
+        points.insert(points.size(), it->runLengths.at(run), it->runs.at(run));
+    return points;
 }
 
-int ProjectionTracks::screenPoints(quint8 id, const QPoint** first) const
+int ProjectionTracks::screenPath(quint8 id, const QPoint** first) const
 {
     const auto it = m_tracks.constFind(id);
     if (it == m_tracks.cend()) {
         *first = nullptr;
         return 0;
     }
-    *first = it->screen.constData() + it->screenStart;
-    return it->screen.size() - it->screenStart;
+    *first = it->runs.constData() + it->runStart;
+    return it->runs.size() - it->runStart;
 }

@@ -27,22 +27,30 @@ public:
     // An object's track in road points and in pixels, oldest first; empty without one.
     QVector<QPointF> rawTrack(quint8 id) const;
     QPolygon screenTrack(quint8 id) const;
-    // The pixel track of an object for drawing, without a copy: its point count, and its
-    // oldest point in `first`.
-    int screenPoints(quint8 id, const QPoint** first) const;
+    // The pixel track of an object for drawing, without a copy, each run of equal
+    // consecutive pixels as one point (the line through them and their squares are
+    // the same): its point count, and its oldest point in `first`.
+    int screenPath(quint8 id, const QPoint** first) const;
 
 private:
     // A long track loses its oldest point with every frame. Moving the other 999 down
     // each time cost more than the rest of the update, so the dropped points stay at the
-    // front of the storage, skipped, until they are as many as the track holds.
+    // front of the storage, skipped, until they are as many as the track holds. In
+    // pixels, a vehicle far down the road stays on one pixel for many frames: the pixel
+    // track keeps each run of equal pixels once, with its length, which makes drawing
+    // it several times cheaper.
     struct Track
     {
         QVector<QPointF> raw;
-        QPolygon screen;
         int rawStart = 0;
-        int screenStart = 0;
+        QPolygon runs; // the pixels, each run once
+        QVector<int> runLengths;
+        int runStart = 0;
+        int screenCount = 0; // points in all runs from runStart on
     };
     template<typename Points> static void trim(Points& points, int& start);
+    static void appendPixel(Track& track, const QPoint& pixel);
+    static void trimScreen(Track& track);
 
     QMap<quint8, Track> m_tracks;
 };

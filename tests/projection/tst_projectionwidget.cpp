@@ -78,6 +78,8 @@ private slots:
     void shownFrameLagsByTheVideoDelay_data();
     void shownFrameLagsByTheVideoDelay();
     void framesFollowThePoseTheRadarAndTheWindow();
+    void objectsDrawnInTheirColours_data();
+    void objectsDrawnInTheirColours();
     void tracksFarOutsideThePicturePaint_data();
     void tracksFarOutsideThePicturePaint();
     void adjustmentButtonsMoveOneEdge();
@@ -196,6 +198,47 @@ void tst_ProjectionWidget::framesFollowThePoseTheRadarAndTheWindow()
     QVERIFY(!m_view->model().isValid());
     QVERIFY(sight.last().at(2).value<QPolygonF>().isEmpty());
     m_view->repaint(); // nothing to draw, and no crash drawing it
+}
+
+void tst_ProjectionWidget::objectsDrawnInTheirColours_data()
+{
+    QTest::addColumn<bool>("own");
+    QTest::addColumn<int>("id");
+    QTest::addColumn<QColor>("fill");
+    QTest::addColumn<QColor>("ink");
+    QTest::newRow("own colours, white ink") << true << 4 << QColor(Qt::red) << QColor(Qt::white);
+    QTest::newRow("own colours, black ink") << true << 1 << QColor(Qt::yellow) << QColor(Qt::black);
+    QTest::newRow("all alike") << false << 4 << QColor(Qt::white) << QColor(Qt::black);
+}
+
+void tst_ProjectionWidget::objectsDrawnInTheirColours()
+{
+    // The disc and the speed label beside it: both filled with the object's colour and
+    // written in its ink, however often it is drawn.
+    QFETCH(bool, own);
+    QFETCH(int, id);
+    QFETCH(QColor, fill);
+    QFETCH(QColor, ink);
+    placeRadar();
+    m_view->setPaintObjects(own);
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    for (int f = 0; f < 3; ++f)
+        feedFrame(now.addMSecs(-100 * (3 - f)), quint8(id), 20.0);
+    bool ok = false;
+    const QPoint at = m_view->model().xyToScreen(20.0, 0.0, &ok);
+    QVERIFY(ok);
+    for (int paint = 0; paint < 2; ++paint) {
+        const QImage picture = m_view->grab().toImage();
+        QCOMPARE(picture.pixelColor(at + QPoint(-9, -1)), fill); // beside the id
+        int inked = 0, filled = 0;
+        for (int y = at.y() - 8; y <= at.y() + 8; ++y) {
+            for (int x = at.x() + 20; x < at.x() + 100; ++x) {
+                inked += picture.pixelColor(x, y) == ink;
+                filled += picture.pixelColor(x, y) == fill;
+            }
+        }
+        QVERIFY2(inked > 10 && filled > 300, qPrintable(QString("%1 %2").arg(inked).arg(filled)));
+    }
 }
 
 void tst_ProjectionWidget::tracksFarOutsideThePicturePaint_data()
