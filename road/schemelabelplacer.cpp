@@ -1,6 +1,12 @@
 #include "schemelabelplacer.h"
 
+#include <algorithm>
+
 namespace {
+
+// The grid's cells: about a label's height, a third of its width.
+constexpr int CellWidth = 32;
+constexpr int CellHeight = 16;
 
 // Pixels between a label and its object, and between two rings of places around it.
 constexpr int Gap = 3;
@@ -40,11 +46,73 @@ inline bool overlaps(const QRect& a, const QRect& b)
 
 } // namespace
 
+void SchemeLabelPlacer::Grid::reset(const QRect& view)
+{
+    m_origin = view.topLeft();
+    m_columns = std::max(1, (view.width() + CellWidth - 1) / CellWidth);
+    m_rows = std::max(1, (view.height() + CellHeight - 1) / CellHeight);
+    const size_t count = size_t(m_columns) * size_t(m_rows);
+    if (m_cells.size() != count)
+        m_cells.assign(count, {});
+    else
+        for (std::vector<int>& cell : m_cells)
+            cell.clear();
+}
+
+void SchemeLabelPlacer::Grid::cellRange(const QRect& box, int* left, int* top, int* right,
+                                        int* bottom) const
+{
+    const auto column = [this](int x) {
+        return std::clamp((qint64(x) - m_origin.x()) / CellWidth, qint64(0), qint64(m_columns - 1));
+    };
+    const auto row = [this](int y) {
+        return std::clamp((qint64(y) - m_origin.y()) / CellHeight, qint64(0), qint64(m_rows - 1));
+    };
+    *left = int(column(box.left()));
+    *right = int(column(box.right()));
+    *top = int(row(box.top()));
+    *bottom = int(row(box.bottom()));
+}
+
+void SchemeLabelPlacer::Grid::add(const QRect& box, int index)
+{
+    int left, top, right, bottom;
+    cellRange(box, &left, &top, &right, &bottom);
+    for (int r = top; r <= bottom; ++r)
+        for (int c = left; c <= right; ++c)
+            m_cells[size_t(r) * size_t(m_columns) + size_t(c)].push_back(index);
+}
+
+bool SchemeLabelPlacer::Grid::hits(const QRect& box, const QVector<QRect>& boxes) const
+{
+    int left, top, right, bottom;
+    cellRange(box, &left, &top, &right, &bottom);
+    for (int r = top; r <= bottom; ++r) {
+        for (int c = left; c <= right; ++c) {
+            for (int index : m_cells[size_t(r) * size_t(m_columns) + size_t(c)]) {
+                if (overlaps(boxes.at(index), box))
+                    return true;
+            }
+        }
+    }
+    return false;
+}
+
 void SchemeLabelPlacer::reset(const QRect& view)
 {
     m_view = view;
     m_glyphs.clear();
     m_labels.clear();
+    m_glyphGrid.reset(view);
+    m_labelGrid.reset(view);
+}
+
+void SchemeLabelPlacer::addGlyph(const QRect& glyph)
+{
+    if (glyph.isEmpty())
+        return;
+    m_glyphGrid.add(glyph, m_glyphs.size());
+    m_glyphs.append(glyph);
 }
 
 SchemeLabelPlacer::Placement SchemeLabelPlacer::place(const Label& label)
@@ -69,8 +137,10 @@ SchemeLabelPlacer::Placement SchemeLabelPlacer::place(const Label& label)
         else
             placement.box = usualShort; // over the others, the id still readable
     }
-    if (!placement.box.isEmpty())
+    if (!placement.box.isEmpty()) {
+        m_labelGrid.add(placement.box, m_labels.size());
         m_labels.append(placement.box);
+    }
     return placement;
 }
 
@@ -100,20 +170,10 @@ bool SchemeLabelPlacer::findPlace(const Label& label, const QSize& size, QRect& 
 
 bool SchemeLabelPlacer::isFree(const QRect& box) const
 {
-    if (!m_view.contains(box))
-        return false;
-    for (const QRect& other : m_labels) {
-        if (overlaps(other, box))
-            return false;
-    }
-    return true;
+    return m_view.contains(box) && !m_labelGrid.hits(box, m_labels);
 }
 
 bool SchemeLabelPlacer::coversNoGlyph(const QRect& box) const
 {
-    for (const QRect& glyph : m_glyphs) {
-        if (overlaps(glyph, box))
-            return false;
-    }
-    return true;
+    return !m_glyphGrid.hits(box, m_glyphs);
 }

@@ -5,6 +5,8 @@
 #include <QSize>
 #include <QVector>
 
+#include <vector>
+
 // Finds places for the side labels of the traffic scheme's small objects so that no
 // label covers another. A label first tries its usual place, just beside its object;
 // then the places around the object, nearest first, preferring those that cover no
@@ -33,11 +35,7 @@ public:
     // Starts a frame: labels stay inside the view; no label is placed yet.
     void reset(const QRect& view);
     // An object's glyph, which labels avoid where they can.
-    void addGlyph(const QRect& glyph)
-    {
-        if (!glyph.isEmpty())
-            m_glyphs.append(glyph);
-    }
+    void addGlyph(const QRect& glyph);
     // Places a label inside the view, clear of every label placed before it in this
     // frame.
     Placement place(const Label& label);
@@ -48,7 +46,29 @@ private:
     bool isFree(const QRect& box) const;
     bool coversNoGlyph(const QRect& box) const;
 
+    // The boxes in a grid over the view, so that a place is compared only with the
+    // boxes near it: a crowded frame tries dozens of places for each of 64 labels.
+    // Boxes reaching past the view are kept in its edge cells.
+    class Grid
+    {
+    public:
+        void reset(const QRect& view);
+        void add(const QRect& box, int index);
+        // Whether any box added is hit by the given one (`boxes` holds them by index).
+        bool hits(const QRect& box, const QVector<QRect>& boxes) const;
+
+    private:
+        void cellRange(const QRect& box, int* left, int* top, int* right, int* bottom) const;
+
+        QPoint m_origin;
+        int m_columns = 0;
+        int m_rows = 0;
+        std::vector<std::vector<int>> m_cells; // box indexes by cell, row by row
+    };
+
     QRect m_view;
     QVector<QRect> m_glyphs;
     QVector<QRect> m_labels;
+    Grid m_glyphGrid;
+    Grid m_labelGrid;
 };
