@@ -107,6 +107,15 @@ void ObjectsTableDelegate::drawText(QPainter* painter, const QStyleOptionViewIte
     const QRect placed = QStyle::alignedRect(option.direction, alignment, size, textRect);
     // Only a text wider than its cell needs the (costly) clip.
     const bool clip = !textRect.contains(placed);
+    if (laidOut && !clip) {
+        // The usual case, a number that fits: only the pen is changed and given back
+        // (a whole saved state costs as much as drawing the number).
+        const QPen pen = painter->pen();
+        painter->setPen(color);
+        m_glyphs.draw(painter, placed.topLeft());
+        painter->setPen(pen);
+        return;
+    }
     painter->save();
     if (clip)
         painter->setClipRect(textRect, Qt::IntersectClip);
