@@ -1,6 +1,7 @@
 #include "projectionpainter.h"
 
 #include "cameramodel.h"
+#include "fixedtext.h"
 #include "objectcolor.h"
 #include "projectionroad.h"
 #include "projectiontracks.h"
@@ -245,7 +246,7 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
             drawDisc(p, at, id, text, base);
         }
 
-        const QString label = speedFormat.arg(RoadObject::kmh(it->xSpeed), 0, 'f', 1);
+        const QString label = speedFormat.arg(FixedText::number(RoadObject::kmh(it->xSpeed), 1));
         const QRect labelRect(QPoint(at.x() + 22, at.y() - 32), QPoint(at.x() + 149, at.y() + 31));
         auto bounds = m_labelBounds.find(label);
         if (bounds == m_labelBounds.end()) {

@@ -1,5 +1,6 @@
 #include "schemeobjectslayer.h"
 
+#include "fixedtext.h"
 #include "objectcolor.h"
 #include "schemegeometry.h"
 
@@ -72,7 +73,7 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         side.id = o.id;
         side.anchor = at;
         side.text = QStringLiteral("[%1] ").arg(o.id)
-                    + speedFormat.arg(RoadObject::kmh(o.xSpeed), 0, 'f', 1);
+                    + speedFormat.arg(FixedText::number(RoadObject::kmh(o.xSpeed), 1));
         const QString shortText = QStringLiteral("[%1]").arg(o.id);
         side.request.anchor = at;
         side.request.glyph = glyph;

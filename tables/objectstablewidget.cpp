@@ -1,5 +1,6 @@
 #include "objectstablewidget.h"
 
+#include "fixedtext.h"
 #include "iorvexclient.h"
 #include "localtimeofday.h"
 #include "objectcolor.h"
@@ -174,10 +175,10 @@ QString ObjectsTableWidget::valueText(int column, double value)
 {
     switch (column) {
     case XSpeedColumn:
-    case YSpeedColumn: return QString::number(RoadObject::kmh(value), 'f', SpeedDecimals);
+    case YSpeedColumn: return FixedText::number(RoadObject::kmh(value), SpeedDecimals);
     case XRangeColumn:
-    case YRangeColumn: return QString::number(value, 'f', RangeDecimals);
-    case LengthColumn: return QString::number(value, 'f', LengthDecimals);
+    case YRangeColumn: return FixedText::number(value, RangeDecimals);
+    case LengthColumn: return FixedText::number(value, LengthDecimals);
     default: return QString();
     }
 }

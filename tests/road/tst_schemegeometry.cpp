@@ -1,10 +1,15 @@
+#include "fixedtext.h"
 #include "schemegeometry.h"
 #include "schemelabelplacer.h"
 
 #include <QtTest>
 
+#include <cmath>
+#include <limits>
+
 // The traffic scheme's headless parts: the mapping from metres to pixels in both
-// orientations, object glyph sizes and headings, and the placing of side labels.
+// orientations, object glyph sizes and headings, the placing of side labels, and the
+// numbers its labels and the tables write.
 class tst_SchemeGeometry : public QObject
 {
     Q_OBJECT
@@ -18,6 +23,8 @@ private slots:
     void glyphs();
     void labelsNeverCoverOneAnother_data();
     void labelsNeverCoverOneAnother();
+    void fixedNumbersReadAsQtWritesThem_data();
+    void fixedNumbersReadAsQtWritesThem();
 
 private:
     // A 100 m road 20 m wide, centred on the radar's line.
@@ -198,6 +205,36 @@ void tst_SchemeGeometry::labelsNeverCoverOneAnother()
         for (int j = 0; j < i; ++j)
             QVERIFY(!placed[i].box.intersects(placed[j].box));
     }
+}
+
+void tst_SchemeGeometry::fixedNumbersReadAsQtWritesThem_data()
+{
+    QTest::addColumn<int>("decimals");
+    QTest::addColumn<double>("step"); // values from -400 to 400 this far apart
+    QTest::addColumn<double>("offset"); // from each multiple of the step
+    // Halves of the last decimal, exact in binary (0.125) or not (0.005): which way
+    // they round depends on the exact value.
+    QTest::newRow("whole numbers, halves") << 0 << 0.5 << 0.0;
+    QTest::newRow("one decimal, halves") << 1 << 0.05 << 0.0;
+    QTest::newRow("two decimals, exact halves") << 2 << 0.125 << 0.0;
+    QTest::newRow("two decimals, halves") << 2 << 0.005 << 0.0;
+    QTest::newRow("two decimals, just above halves") << 2 << 0.005 << 1e-12;
+    QTest::newRow("three decimals, arbitrary") << 3 << 0.0137 << 0.0;
+    QTest::newRow("four decimals: Qt's own") << 4 << 0.0137 << 0.0;
+}
+
+void tst_SchemeGeometry::fixedNumbersReadAsQtWritesThem()
+{
+    QFETCH(int, decimals);
+    QFETCH(double, step);
+    QFETCH(double, offset);
+    for (double k = std::ceil(-400.0 / step); k * step <= 400.0; ++k) {
+        const double value = k * step + offset;
+        QCOMPARE(FixedText::number(value, decimals), QString::number(value, 'f', decimals));
+    }
+    const double inf = std::numeric_limits<double>::infinity();
+    for (double value : {0.0, -0.0, -1e-300, -0.004, 1e300, inf, -inf, std::nan("")})
+        QCOMPARE(FixedText::number(value, decimals), QString::number(value, 'f', decimals));
 }
 
 QTEST_MAIN(tst_SchemeGeometry)
