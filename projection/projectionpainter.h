@@ -14,6 +14,7 @@
 #include <QVector>
 
 #include <array>
+#include <vector>
 
 class CameraModel;
 class ProjectionRoad;
@@ -104,6 +105,8 @@ private:
     QImage m_base; // veil, frame, cross and road lines
     QImage m_composed; // the base with the current tracks
     QVector<QRect> m_tracksRects; // where the composed picture differs from the base
+    std::vector<int> m_rowLeft; // the span of each row to restore
+    std::vector<int> m_rowRight;
     TrackRasterizer m_rasterizer;
     QFont m_textFont;
     QFont m_labelFont;

@@ -80,6 +80,7 @@ private slots:
     void framesFollowThePoseTheRadarAndTheWindow();
     void objectsDrawnInTheirColours_data();
     void objectsDrawnInTheirColours();
+    void tracksDrawnFrameByFrameAsDrawnAtOnce();
     void tracksFarOutsideThePicturePaint_data();
     void tracksFarOutsideThePicturePaint();
     void adjustmentButtonsMoveOneEdge();
@@ -239,6 +240,42 @@ void tst_ProjectionWidget::objectsDrawnInTheirColours()
         }
         QVERIFY2(inked > 10 && filled > 300, qPrintable(QString("%1 %2").arg(inked).arg(filled)));
     }
+}
+
+void tst_ProjectionWidget::tracksDrawnFrameByFrameAsDrawnAtOnce()
+{
+    // Each repaint takes the last frame's tracks off the picture and draws the new ones:
+    // after many frames the window shows what a window painting them once shows.
+    ProjectionWidget once;
+    for (ProjectionWidget* view : {m_view.get(), &once}) {
+        view->resize(Width, Height);
+        view->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 40.0}});
+        view->showRadarState(IOrvexClient::Working);
+        view->showPosition(6.0, 1.0, -2.0, 3.0, 10.0, 0.0, true);
+        view->setShowCurrentTracks(true);
+        view->setPaintObjects(true);
+    }
+    once.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&once));
+    const QDateTime start = QDateTime::currentDateTimeUtc().addSecs(-10);
+    for (int f = 0; f < 60; ++f) {
+        const QDateTime t = start.addMSecs(100 * f);
+        for (ProjectionWidget* view : {m_view.get(), &once}) {
+            view->startFilling();
+            view->setFrameDateTimeUtc(t);
+            // Vehicles leaving and weaving across the lanes; a near one crossing the
+            // road is gone for good midway.
+            for (quint8 id = 1; id <= 5; ++id)
+                view->addObject(id, 10.0, 0.0, 35.0 + id * 6.0 + f * (0.2 + id * 0.3),
+                                std::sin(f * 0.2 + id) * 4.0, 4.0, t);
+            if (f <= 30)
+                view->addObject(6, 0.0, 5.0, 28.0, -8.0 + f * 0.5, 4.0, t);
+            view->finishFilling(f <= 30 ? QVector<quint8>{1, 2, 3, 4, 5, 6}
+                                        : QVector<quint8>{1, 2, 3, 4, 5});
+        }
+        m_view->repaint();
+    }
+    QCOMPARE(m_view->grab().toImage(), once.grab().toImage());
 }
 
 void tst_ProjectionWidget::tracksFarOutsideThePicturePaint_data()
