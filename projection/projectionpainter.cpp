@@ -33,6 +33,16 @@ QPen linePen(const QColor& color, double width, Qt::PenStyle style = Qt::SolidLi
     return QPen(color, width, style, Qt::SquareCap, Qt::BevelJoin);
 }
 
+// Whether pictures drawn pixel for pixel can be copied through the painter as they are:
+// it draws one to one and moves by whole pixels only.
+bool drawsOneToOne(const QPainter& p)
+{
+    const QTransform& device = p.deviceTransform();
+    return p.device() && p.device()->devicePixelRatioF() == 1.0
+           && device.type() <= QTransform::TxTranslate && device.dx() == std::floor(device.dx())
+           && device.dy() == std::floor(device.dy());
+}
+
 // The pixels of drawRect(box) with a one-pixel pen and a solid brush, both opaque: the
 // outline on the box's edges and one past its right and bottom, the fill inside. Filled
 // spans instead of a stroked outline: sixty-four label boxes a picture.
@@ -213,12 +223,7 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
         m_labelBounds.clear();
         m_discs.clear();
     }
-    // Discs are copied where the painter draws one to one and moves by whole pixels.
-    const QTransform& device = p.deviceTransform();
-    const bool pictures = p.device() && p.device()->devicePixelRatioF() == 1.0
-                          && device.type() <= QTransform::TxTranslate
-                          && device.dx() == std::floor(device.dx())
-                          && device.dy() == std::floor(device.dy());
+    const bool pictures = drawsOneToOne(p);
     const QFontMetrics labelMetrics(m_labelFont);
     const CameraModel& model = *scene.model;
     const QString speedFormat = tr("%1 km/h");
@@ -235,28 +240,8 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
         const QColor& text = ObjectColor::text(colourId);
 
         if (pictures) {
-            const quint16 key = quint16(id | colourId << 8);
-            auto picture = m_discs.constFind(key);
-            if (picture == m_discs.cend()) {
-                // The outline reaches a pixel past the disc's rectangle, a long id may
-                // reach past the disc.
-                const QStaticText& idStatic
-                    = staticText(m_idTexts, QString::number(id), m_textFont);
-                const QRect reach = (QRect(QPoint(-12, -12), QPoint(11, 11))
-                                     | QRectF(QPointF(-0.5 - idStatic.size().width() / 2.0,
-                                                      -0.5 - idStatic.size().height() / 2.0),
-                                              idStatic.size())
-                                           .toAlignedRect())
-                                        .adjusted(-1, -1, 1, 1);
-                DiscPicture made{QImage(reach.size(), QImage::Format_ARGB32_Premultiplied),
-                                 reach.topLeft()};
-                made.image.fill(Qt::transparent);
-                QPainter onPicture(&made.image);
-                drawDisc(onPicture, -reach.topLeft(), id, text, base);
-                onPicture.end();
-                picture = m_discs.insert(key, made);
-            }
-            p.drawImage(at + picture->offset, picture->image);
+            const DiscPicture& picture = discPicture(id, colourId, text, base);
+            p.drawImage(at + picture.offset, picture.image);
         } else {
             drawDisc(p, at, id, text, base);
         }
@@ -278,6 +263,30 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
         p.drawStaticText(textBox.topLeft(), staticText(m_labelTexts, label, m_labelFont));
     }
     p.setBrush(Qt::NoBrush);
+}
+
+const ProjectionPainter::DiscPicture& ProjectionPainter::discPicture(quint8 id, quint8 colourId,
+                                                                     const QColor& outline,
+                                                                     const QColor& fill)
+{
+    const quint16 key = quint16(id | colourId << 8);
+    auto picture = m_discs.constFind(key);
+    if (picture != m_discs.cend())
+        return *picture;
+    // The outline reaches a pixel past the disc's rectangle, a long id may reach past
+    // the disc.
+    const QSizeF idSize = staticText(m_idTexts, QString::number(id), m_textFont).size();
+    const QRect reach
+        = (QRect(QPoint(-12, -12), QPoint(11, 11))
+           | QRectF(QPointF(-0.5 - idSize.width() / 2.0, -0.5 - idSize.height() / 2.0), idSize)
+                 .toAlignedRect())
+              .adjusted(-1, -1, 1, 1);
+    DiscPicture made{QImage(reach.size(), QImage::Format_ARGB32_Premultiplied), reach.topLeft()};
+    made.image.fill(Qt::transparent);
+    QPainter onPicture(&made.image);
+    drawDisc(onPicture, -reach.topLeft(), id, outline, fill);
+    onPicture.end();
+    return *m_discs.insert(key, made);
 }
 
 void ProjectionPainter::drawDisc(QPainter& p, const QPoint& at, quint8 id, const QColor& outline,

@@ -96,6 +96,14 @@ private:
     void doDrawAnimation(QPainter& p, const Scene& scene) const;
     const QStaticText& staticText(QHash<QString, QStaticText>& cache, const QString& text,
                                   const QFont& font);
+    struct DiscPicture
+    {
+        QImage image;
+        QPoint offset;
+    };
+    // An object's disc with its id as a picture, made on first use.
+    const DiscPicture& discPicture(quint8 id, quint8 colourId, const QColor& outline,
+                                   const QColor& fill);
     // An object's disc with its id, centred on `at`.
     void drawDisc(QPainter& p, const QPoint& at, quint8 id, const QColor& outline,
                   const QColor& fill);
@@ -115,10 +123,5 @@ private:
     QHash<QString, QRect> m_labelBounds;
     // Each object's disc, drawn once with its id on a transparent ground and then copied:
     // by id and colour entry, with the corner's offset from the disc's centre.
-    struct DiscPicture
-    {
-        QImage image;
-        QPoint offset;
-    };
     QHash<quint16, DiscPicture> m_discs;
 };
