@@ -25,6 +25,14 @@ public:
         qint32 timeOfDayMs = NoTime; // local time of the update, milliseconds since midnight
         quint8 id = 0;
         quint8 colorIndex = 0; // the id cell's colour pair, fixed when the row is taken
+        // Equal rows read the same in every cell and have the same colours.
+        bool operator==(const Row& other) const
+        {
+            return xSpeed == other.xSpeed && ySpeed == other.ySpeed && xRange == other.xRange
+                   && yRange == other.yRange && length == other.length
+                   && timeOfDayMs == other.timeOfDayMs && id == other.id
+                   && colorIndex == other.colorIndex;
+        }
     };
 
     int size() const { return m_size; }

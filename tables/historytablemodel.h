@@ -32,6 +32,8 @@ public:
 
     // The text of a cell, as shown and as saved.
     QString text(int row, int column) const;
+    // The values of a row (0 <= row < rowCount()).
+    const HistoryRowStore::Row& value(int row) const { return m_rows.at(row); }
 
     // Inserts a row before the given one (the row count appends).
     void addRow(int row, const HistoryRowStore::Row& value);

@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QScrollBar>
 
 namespace {
@@ -40,8 +41,12 @@ HistoryTableWidget::HistoryTableWidget(QWidget* parent, Qt::WindowFlags flags)
     QHeaderView* header = table->horizontalHeader();
     header->setSectionResizeMode(QHeaderView::Stretch);
     header->setSectionsMovable(false);
-    // Rows keep the order of the log; the header does not sort.
+    // Rows keep the order of the log; the header does not sort. Nor does it mark the
+    // columns of the selected row: while the log follows its end, a new row is selected
+    // at every frame, and the header, hearing of it, would be painted again each time.
     header->setSectionsClickable(false);
+    header->setHighlightSections(false);
+    header->setSelectionModel(new QItemSelectionModel(m_model, header));
 
     connect(m_ui->pauseWorkButton, &QPushButton::toggled, this,
             &HistoryTableWidget::onPauseToggled);

@@ -67,6 +67,8 @@ private slots:
     void historyCapDropsTheOldestRows();
     void historySelectionStaysOnItsRow();
     void historyFramesRepaintTheRowsNotTheHeader();
+    void historyKeptPictureLooksAsPainted_data();
+    void historyKeptPictureLooksAsPainted();
     void historySavedToFile_data();
     void historySavedToFile();
     void historyUnwritableDirectory_data();
@@ -501,8 +503,15 @@ void tst_ObjectTables::historyFramesRepaintTheRowsNotTheHeader()
     m_history->resize(640, 400);
     m_history->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_history.get()));
+    // Following its end, the log selects its newest row at every frame.
+    for (int f = 0; f < 30; ++f)
+        historyFrame("1 2");
+    QScrollBar* bar = view->verticalScrollBar();
+    QTRY_VERIFY(bar->maximum() > 0);
+    bar->setValue(bar->maximum());
     historyFrame("1 2");
     QTRY_VERIFY(!view->viewport()->visibleRegion().isEmpty());
+    QCOMPARE(view->currentIndex().row(), m_history->model()->rowCount() - 1);
     view->horizontalHeader()->viewport()->installEventFilter(&headerPaints);
     view->viewport()->installEventFilter(&rowPaints);
     for (int f = 0; f < 3; ++f) {
@@ -512,6 +521,90 @@ void tst_ObjectTables::historyFramesRepaintTheRowsNotTheHeader()
         QTRY_VERIFY(rowPaints.count > before);
     }
     QCOMPARE(headerPaints.count, 0);
+}
+
+void tst_ObjectTables::historyKeptPictureLooksAsPainted_data()
+{
+    // Frames as historyFrame() takes them, one per entry; "scroll N" scrolls the log to
+    // its row N, "end" to its end, "select N" selects row N.
+    QTest::addColumn<QStringList>("steps");
+
+    QStringList follow;
+    for (int f = 0; f < 12; ++f)
+        follow << "1 2 3";
+    follow << "end";
+    for (int f = 0; f < 24; ++f)
+        follow << "1 2 3";
+    QTest::newRow("at its end, rows move up under new ones") << follow;
+
+    QStringList groups;
+    for (int f = 0; f < 16; ++f)
+        groups << "1 2";
+    groups << "end";
+    for (int f = 0; f < 24; ++f) // object 3 comes and goes: new groups at the bottom
+        groups << (f % 6 < 3 ? "1 2 3" : "1 2");
+    QTest::newRow("at its end, groups start and end") << groups;
+
+    QStringList above;
+    for (int f = 0; f < 12; ++f)
+        above << "1 2 3 4";
+    above << "scroll 20";
+    for (int f = 0; f < 12; ++f) // rows go in above the shown ones: these move down
+        above << "1 2 3 4";
+    QTest::newRow("scrolled up, rows move down") << above;
+
+    QStringList paused{"1 2", "1 2", "1 2", "select 2", "~1 ~2", "select 4", "~1 ~2"};
+    for (int f = 0; f < 12; ++f)
+        paused << "1 2";
+    // Scrolled down by a row, the row cut by the bottom edge comes wholly into view.
+    paused << "scroll 3"
+           << "scroll 4"
+           << "scroll 2"
+           << "scroll 3"
+           << "scroll 4";
+    QTest::newRow("selection changes and scrolling") << paused;
+}
+
+void tst_ObjectTables::historyKeptPictureLooksAsPainted()
+{
+    // The history keeps a picture of its rows and moves it with them: after any frame,
+    // what the window shows must be what the table paints from scratch.
+    QFETCH(QStringList, steps);
+    m_history->resize(560, 300);
+    m_history->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_history.get()));
+    QTableView* view = m_history->tableView();
+    QScrollBar* bar = view->verticalScrollBar();
+    QCOMPARE(view->viewport()->palette().color(view->viewport()->backgroundRole()).alpha(), 255);
+
+    int compared = 0;
+    for (int step = 0; step < steps.size(); ++step) {
+        const QStringList words = steps[step].split(' ');
+        if (words.first() == "end") {
+            QTRY_VERIFY(bar->maximum() > 0);
+            bar->setValue(bar->maximum());
+        } else if (words.first() == "scroll") {
+            view->scrollTo(m_history->model()->index(words[1].toInt(), 0),
+                           QAbstractItemView::PositionAtTop);
+        } else if (words.first() == "select") {
+            view->selectRow(words[1].toInt());
+        } else {
+            historyFrame(steps[step]);
+        }
+        // The window's repaint brings the picture up to date and shows it.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+        QCoreApplication::sendPostedEvents(m_history.get(), QEvent::UpdateRequest);
+        if (step % 5 != 4 && step != steps.size() - 1)
+            continue;
+        const QImage shown = view->viewport()->grab().toImage();
+        // A palette change starts the picture afresh: the table paints every row.
+        QEvent paletteChange(QEvent::PaletteChange);
+        QCoreApplication::sendEvent(view, &paletteChange);
+        const QImage painted = view->viewport()->grab().toImage();
+        QVERIFY2(shown == painted, qPrintable(QString("step %1").arg(step)));
+        ++compared;
+    }
+    QVERIFY(compared >= 3);
 }
 
 void tst_ObjectTables::historySavedToFile_data()
