@@ -4,8 +4,8 @@
 // (the objects helper orders the frame for the scheme and the projection) and repainted
 // by the event loop, once per frame. 64 vehicles drive the demo road at 200 cycles a
 // second: their tracks run to full length and are shortened, vehicles leave the road and
-// new ones come, and the history is full and follows its newest row. Figures are CPU time of this
-// thread, which leaves out what other work on a shared machine takes.
+// new ones come, and the history is full and follows its newest row. Figures are CPU
+// time of this thread, which leaves out what other work on a shared machine takes.
 //
 // Usage: bench_frame [frames]   (default 2000, after 3300 frames to fill tracks and history)
 
@@ -217,11 +217,6 @@ int main(int argc, char* argv[])
             historyView->scrollToBottom();
     }
 
-    if (qEnvironmentVariableIsSet("BENCH_FOLLOW")) {
-        QAbstractItemView* view = history.findChild<QAbstractItemView*>();
-        view->scrollToBottom();
-        QApplication::processEvents();
-    }
     std::vector<qint64> total, wall, intake, schemePaint, tablePaint, historyPaint, projectionPaint,
         rest;
     QElapsedTimer clock;

@@ -77,20 +77,18 @@ void HistoryTableView::changeEvent(QEvent* event)
     QTableView::changeEvent(event);
 }
 
-HistoryTableView::Look HistoryTableView::currentLook() const
+void HistoryTableView::readLook(Look* look) const
 {
-    Look look;
-    look.size = viewport()->size();
-    look.pixelRatio = viewport()->devicePixelRatioF();
-    look.rowHeight = verticalHeader()->defaultSectionSize();
-    look.focus = hasFocus();
+    look->size = viewport()->size();
+    look->pixelRatio = viewport()->devicePixelRatioF();
+    look->rowHeight = verticalHeader()->defaultSectionSize();
+    look->focus = hasFocus();
+    look->columns.clear();
     const int columns = model() ? model()->columnCount(rootIndex()) : 0;
-    look.columns.reserve(size_t(2 * columns));
     for (int column = 0; column < columns; ++column) {
-        look.columns.push_back(columnViewportPosition(column));
-        look.columns.push_back(isColumnHidden(column) ? 0 : columnWidth(column));
+        look->columns.push_back(columnViewportPosition(column));
+        look->columns.push_back(isColumnHidden(column) ? 0 : columnWidth(column));
     }
-    return look;
 }
 
 bool HistoryTableView::shownRows(int height, std::vector<ShownRow>* rows) const
@@ -121,10 +119,11 @@ bool HistoryTableView::shownRows(int height, std::vector<ShownRow>* rows) const
     return true;
 }
 
-void HistoryTableView::findMoves(int rowHeight, std::vector<Move>* moves) const
+void HistoryTableView::findMoves(std::vector<Move>* moves) const
 {
     moves->clear();
     const int height = m_look.size.height();
+    const int rowHeight = m_look.rowHeight;
     // Rows keep their order, so each is looked for after the last one found: first where
     // the last one found says it should be, then further down.
     size_t next = 0;
@@ -212,13 +211,14 @@ void HistoryTableView::doUpdatePicture()
         m_stale = true;
         return;
     }
-    const Look look = currentLook();
+    readLook(&m_lookNow);
+    const Look& look = m_lookNow;
     const bool rowsKnown = shownRows(look.rowHeight, &m_now);
     const QRect area(QPoint(0, 0), look.size);
     QRegion repaint(area);
     // Lines are moved by whole device pixels only.
     if (!m_stale && !m_picture.isNull() && look == m_look && look.pixelRatio == 1.0 && rowsKnown) {
-        findMoves(look.rowHeight, &m_moves);
+        findMoves(&m_moves);
         doMoveLines(m_moves);
         for (const Move& m : qAsConst(m_moves))
             repaint -= QRect(0, m.to, area.width(), m.lines);
@@ -240,7 +240,10 @@ void HistoryTableView::doUpdatePicture()
 
 bool HistoryTableView::isPictureCurrent()
 {
-    if (m_stale || m_picture.isNull() || !(currentLook() == m_look)
+    // Checked again at the paint: between the window's update request and the paint,
+    // or in a paint without one, rows may have changed.
+    readLook(&m_lookNow);
+    if (m_stale || m_picture.isNull() || !(m_lookNow == m_look)
         || !shownRows(m_look.rowHeight, &m_now) || m_now.size() != m_shown.size())
         return false;
     for (size_t i = 0; i < m_now.size(); ++i) {

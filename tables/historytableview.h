@@ -67,11 +67,12 @@ private:
         int lines = 0;
     };
 
-    Look currentLook() const;
+    // Reads what the rows' look depends on now (into a kept Look, sparing allocations).
+    void readLook(Look* look) const;
     // The rows shown now, top to bottom; false when rows differ in height.
     bool shownRows(int height, std::vector<ShownRow>* rows) const;
-    // Which lines of the picture can stay, and where they go.
-    void findMoves(int rowHeight, std::vector<Move>* moves) const;
+    // Which lines of the picture can stay, and where they go (the look unchanged).
+    void findMoves(std::vector<Move>* moves) const;
     bool isPictureCurrent();
     void doWatchWindow();
     void doUpdatePicture();
@@ -81,7 +82,8 @@ private:
     HistoryTableModel* m_history = nullptr;
     QPointer<QWidget> m_window; // whose repaints the picture is brought up to date for
     QImage m_picture;
-    Look m_look;
+    Look m_look; // the picture's
+    Look m_lookNow; // read anew before each use (kept to spare allocations)
     bool m_stale = true;
     std::vector<ShownRow> m_shown; // the rows the picture holds
     std::vector<ShownRow> m_now; // the rows shown now (kept to spare allocations)
