@@ -2,6 +2,7 @@
 
 #include "cameramodel.h"
 #include "fixedtext.h"
+#include "labelpictures.h"
 #include "objectcolor.h"
 #include "projectionroad.h"
 #include "projectiontracks.h"
@@ -31,16 +32,6 @@ constexpr int AnimationAlphaStep = 32;
 QPen linePen(const QColor& color, double width, Qt::PenStyle style = Qt::SolidLine)
 {
     return QPen(color, width, style, Qt::SquareCap, Qt::BevelJoin);
-}
-
-// Whether pictures drawn pixel for pixel can be copied through the painter as they are:
-// it draws one to one and moves by whole pixels only.
-bool drawsOneToOne(const QPainter& p)
-{
-    const QTransform& device = p.deviceTransform();
-    return p.device() && p.device()->devicePixelRatioF() == 1.0
-           && device.type() <= QTransform::TxTranslate && device.dx() == std::floor(device.dx())
-           && device.dy() == std::floor(device.dy());
 }
 
 // The pixels of drawRect(box) with a one-pixel pen and a solid brush, both opaque: the
@@ -222,8 +213,9 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
         m_labelTexts.clear();
         m_labelBounds.clear();
         m_discs.clear();
+        m_labels.clear();
     }
-    const bool pictures = drawsOneToOne(p);
+    const bool pictures = LabelPictures::drawsOneToOne(p);
     const QFontMetrics labelMetrics(m_labelFont);
     const CameraModel& model = *scene.model;
     const QString speedFormat = tr("%1 km/h");
@@ -256,11 +248,14 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
                 label, labelMetrics.boundingRect(QRect(0, 0, labelRect.width(), labelRect.height()),
                                                  Qt::AlignLeft | Qt::AlignVCenter, label));
         }
-        const QRect textBox = bounds->translated(labelRect.topLeft());
-        drawFramedBox(p, textBox.adjusted(-4, -2, 4, 0), text, base);
-        p.setPen(text);
-        p.setFont(m_labelFont);
-        p.drawStaticText(textBox.topLeft(), staticText(m_labelTexts, label, m_labelFont));
+        // The framed box reaches a pixel past its rectangle's right and bottom edges.
+        const QRect frame = bounds->translated(labelRect.topLeft()).adjusted(-4, -2, 5, 1);
+        m_labels.draw(p, frame, label, colourId, [&](QPainter& onto, const QPoint& at) {
+            drawFramedBox(onto, QRect(at, frame.size() - QSize(1, 1)), text, base);
+            onto.setPen(text);
+            onto.setFont(m_labelFont);
+            onto.drawStaticText(at + QPoint(4, 2), staticText(m_labelTexts, label, m_labelFont));
+        });
     }
     p.setBrush(Qt::NoBrush);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "delayedframe.h"
+#include "labelpictures.h"
 #include "pickupparams.h"
 #include "trackrasterizer.h"
 
@@ -124,4 +125,5 @@ private:
     // Each object's disc, drawn once with its id on a transparent ground and then copied:
     // by id and colour entry, with the corner's offset from the disc's centre.
     QHash<quint16, DiscPicture> m_discs;
+    LabelPictures m_labels; // speed labels by text and colour entry
 };

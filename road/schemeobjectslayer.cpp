@@ -30,6 +30,7 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         m_advances.clear();
         m_texts.clear();
         m_glyphs.setFont(m_measuredFont);
+        m_labels.clear();
     }
     m_placer.reset(QRect(QPoint(0, 0), g.size()));
     m_sideLabels.clear();
@@ -100,10 +101,13 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
             painter.setPen(QPen(fill, 1.0));
             painter.drawLine(side.anchor, to);
         }
-        painter.fillRect(placement.box, fill);
-        painter.setPen(ObjectColor::text(colorId));
-        drawText(painter, QPoint(placement.box.left() + LabelPadding, placement.box.top()),
-                 placement.shortened ? QStringLiteral("[%1]").arg(side.id) : side.text);
+        const QString text = placement.shortened ? QStringLiteral("[%1]").arg(side.id) : side.text;
+        const QColor& ink = ObjectColor::text(colorId);
+        m_labels.draw(painter, placement.box, text, colorId, [&](QPainter& p, const QPoint& at) {
+            p.fillRect(QRect(at, placement.box.size()), fill);
+            p.setPen(ink);
+            drawText(p, QPoint(at.x() + LabelPadding, at.y()), text);
+        });
     }
 }
 

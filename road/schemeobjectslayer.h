@@ -1,6 +1,7 @@
 #pragma once
 
 #include "glyphtext.h"
+#include "labelpictures.h"
 #include "roadobject.h"
 #include "schemelabelplacer.h"
 
@@ -55,6 +56,7 @@ private:
     QHash<QChar, int> m_advances;
     GlyphText m_glyphs;
     QHash<QString, QStaticText> m_texts;
+    LabelPictures m_labels; // by text and colour entry
     QVector<SideLabel> m_sideLabels;
     QVector<SchemeLabelPlacer::Placement> m_placements;
     bool m_paintObjects = false;

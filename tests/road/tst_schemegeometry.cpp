@@ -1,7 +1,10 @@
 #include "fixedtext.h"
+#include "glyphtext.h"
+#include "labelpictures.h"
 #include "schemegeometry.h"
 #include "schemelabelplacer.h"
 
+#include <QStaticText>
 #include <QtTest>
 
 #include <cmath>
@@ -9,7 +12,7 @@
 
 // The traffic scheme's headless parts: the mapping from metres to pixels in both
 // orientations, object glyph sizes and headings, the placing of side labels, and the
-// numbers its labels and the tables write.
+// numbers its labels and the tables write, and the kept pictures of its labels.
 class tst_SchemeGeometry : public QObject
 {
     Q_OBJECT
@@ -25,6 +28,8 @@ private slots:
     void labelsNeverCoverOneAnother();
     void fixedNumbersReadAsQtWritesThem_data();
     void fixedNumbersReadAsQtWritesThem();
+    void labelPicturesLookAsDrawnInPlace_data();
+    void labelPicturesLookAsDrawnInPlace();
 
 private:
     // A 100 m road 20 m wide, centred on the radar's line.
@@ -235,6 +240,91 @@ void tst_SchemeGeometry::fixedNumbersReadAsQtWritesThem()
     const double inf = std::numeric_limits<double>::infinity();
     for (double value : {0.0, -0.0, -1e-300, -0.004, 1e300, inf, -inf, std::nan("")})
         QCOMPARE(FixedText::number(value, decimals), QString::number(value, 'f', decimals));
+}
+
+void tst_SchemeGeometry::labelPicturesLookAsDrawnInPlace_data()
+{
+    QTest::addColumn<int>("writing"); // glyph run, laid-out text at 20 pixels, painter's font
+    QTest::addColumn<int>("dpi"); // the window's resolution, for a font in points
+    QTest::addColumn<qreal>("ratio"); // the window's device pixel ratio
+    QTest::addColumn<QPointF>("shift"); // the painter's translation
+    QTest::addColumn<int>("kept"); // pictures made for the three labels
+
+    QTest::newRow("glyph run on a filled box") << 0 << 96 << 1.0 << QPointF(3, 5) << 2;
+    QTest::newRow("laid-out text in a framed box") << 1 << 96 << 1.0 << QPointF(0, 0) << 2;
+    QTest::newRow("points on a window of 120 dpi") << 2 << 120 << 1.0 << QPointF(0, 0) << 2;
+    QTest::newRow("half a pixel off: drawn in place") << 0 << 96 << 1.0 << QPointF(0.5, 0) << 0;
+    QTest::newRow("a doubled display: drawn in place") << 1 << 96 << 2.0 << QPointF(0, 0) << 0;
+}
+
+void tst_SchemeGeometry::labelPicturesLookAsDrawnInPlace()
+{
+    // A label copied from its picture has the pixels of the label drawn in place: the
+    // same text in the same colours again at another place, the same text in other
+    // colours, at the window's resolution; where the painter does not draw one to one,
+    // it is drawn in place.
+    QFETCH(int, writing);
+    QFETCH(int, dpi);
+    QFETCH(qreal, ratio);
+    QFETCH(QPointF, shift);
+    QFETCH(int, kept);
+    QFont font;
+    font.setPointSize(11); // not the application's font
+    GlyphText glyphs;
+    glyphs.setFont(font);
+    QFont laidOutFont;
+    laidOutFont.setPixelSize(20);
+    struct Label
+    {
+        QString text;
+        quint16 tag;
+        QRect box;
+        QColor fill, ink;
+    };
+    const QVector<Label> labels{{"[7] 53.3 km/h", 1, QRect(4, 4, 150, 28), Qt::red, Qt::white},
+                                {"[7] 53.3 km/h", 1, QRect(31, 37, 150, 28), Qt::red, Qt::white},
+                                {"[7] 53.3 km/h", 2, QRect(70, 72, 150, 28), Qt::yellow, Qt::black}};
+    auto drawLabel = [&](const Label& label, QPainter& p, const QPoint& at) {
+        const QRect box(at, label.box.size());
+        p.fillRect(box, label.ink);
+        p.fillRect(box.adjusted(1, 1, -1, -1), label.fill);
+        p.setPen(label.ink);
+        if (writing == 0 && glyphs.layout(label.text)) {
+            glyphs.draw(&p, QPointF(at.x() + 2.0, at.y() + 1.0));
+        } else if (writing == 1) {
+            p.setFont(laidOutFont);
+            p.drawStaticText(at + QPoint(3, 1), QStaticText(label.text));
+        } else {
+            p.drawText(box, Qt::AlignCenter, label.text);
+        }
+    };
+    auto window = [&] {
+        QImage image(QSizeF(QSize(240, 110) * ratio).toSize(), QImage::Format_RGB32);
+        image.setDevicePixelRatio(ratio);
+        image.setDotsPerMeterX(qRound(dpi / 0.0254));
+        image.setDotsPerMeterY(qRound(dpi / 0.0254));
+        image.fill(QColor(40, 60, 80));
+        return image;
+    };
+    QImage copied = window();
+    QImage drawn = window();
+    LabelPictures pictures;
+    {
+        QPainter p(&copied);
+        p.setFont(font);
+        p.translate(shift);
+        for (const Label& label : labels) {
+            pictures.draw(p, label.box, label.text, label.tag,
+                          [&](QPainter& onto, const QPoint& at) { drawLabel(label, onto, at); });
+        }
+        QPainter q(&drawn);
+        q.setFont(font);
+        q.translate(shift);
+        for (const Label& label : labels)
+            drawLabel(label, q, label.box.topLeft());
+    }
+    QCOMPARE(pictures.size(), kept);
+    QCOMPARE(copied, drawn);
 }
 
 QTEST_MAIN(tst_SchemeGeometry)
