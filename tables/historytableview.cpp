@@ -176,23 +176,59 @@ void HistoryTableView::findMoves(std::vector<Move>* moves) const
 
 void HistoryTableView::doMoveLines(const std::vector<Move>& moves)
 {
+    // The largest block stays where it is in the buffer: the picture's window moves by
+    // its shift instead, as far as the buffer allows; beyond its ends the window starts
+    // over at the other end, and the block moves there with the others.
+    const Move* largest = nullptr;
+    for (const Move& m : moves) {
+        if (!largest || m.lines > largest->lines)
+            largest = &m;
+    }
+    const int oldOffset = m_offset;
+    if (largest) {
+        const int lastOffset = m_buffer.height() - m_picture.height();
+        const int offset = oldOffset + largest->from - largest->to;
+        doSetPictureOffset(offset > lastOffset ? 0 : offset < 0 ? lastOffset : offset);
+    }
     // Rows keep their order, so lines moving up never land on lines still to move up
     // when taken from the top, nor lines moving down when taken from the bottom; and
     // the two kinds never land on each other's lines.
-    const size_t lineBytes = size_t(m_picture.bytesPerLine());
-    uchar* bits = m_picture.bits();
+    const size_t lineBytes = size_t(m_buffer.bytesPerLine());
+    uchar* bits = m_buffer.bits();
     auto move = [&](const Move& m) {
-        std::memmove(bits + size_t(m.to) * lineBytes, bits + size_t(m.from) * lineBytes,
-                     size_t(m.lines) * lineBytes);
+        std::memmove(bits + size_t(m_offset + m.to) * lineBytes,
+                     bits + size_t(oldOffset + m.from) * lineBytes, size_t(m.lines) * lineBytes);
     };
     for (const Move& m : moves) {
-        if (m.to < m.from)
+        if (m_offset + m.to < oldOffset + m.from)
             move(m);
     }
     for (auto m = moves.rbegin(); m != moves.rend(); ++m) {
-        if (m->to > m->from)
+        if (m_offset + m->to > oldOffset + m->from)
             move(*m);
     }
+}
+
+void HistoryTableView::doAllocatePicture(const QSize& pixels, qreal pixelRatio)
+{
+    if (m_buffer.width() != pixels.width() || m_buffer.height() != 2 * pixels.height())
+        m_buffer = QImage(pixels.width(), 2 * pixels.height(), QImage::Format_RGB32);
+    m_buffer.setDevicePixelRatio(pixelRatio);
+    m_picture = QImage();
+    doSetPictureOffset(0);
+}
+
+void HistoryTableView::doSetPictureOffset(int offset)
+{
+    if (offset == m_offset && !m_picture.isNull())
+        return;
+    m_offset = offset;
+    if (m_buffer.isNull())
+        return;
+    m_picture = QImage(m_buffer.bits() + size_t(offset) * size_t(m_buffer.bytesPerLine()),
+                       m_buffer.width(), m_buffer.height() / 2, m_buffer.bytesPerLine(),
+                       QImage::Format_RGB32);
+    m_picture.setDevicePixelRatio(m_buffer.devicePixelRatio());
 }
 
 void HistoryTableView::doRender(const QRegion& region)
@@ -223,10 +259,7 @@ void HistoryTableView::doUpdatePicture()
         for (const Move& m : qAsConst(m_moves))
             repaint -= QRect(0, m.to, area.width(), m.lines);
     } else {
-        const QSize pixels = look.size * look.pixelRatio;
-        if (m_picture.size() != pixels)
-            m_picture = QImage(pixels, QImage::Format_RGB32);
-        m_picture.setDevicePixelRatio(look.pixelRatio);
+        doAllocatePicture(look.size * look.pixelRatio, look.pixelRatio);
         m_look = look;
         m_stale = false;
     }

@@ -77,10 +77,18 @@ private:
     void doWatchWindow();
     void doUpdatePicture();
     void doMoveLines(const std::vector<Move>& moves);
+    void doAllocatePicture(const QSize& pixels, qreal pixelRatio);
+    void doSetPictureOffset(int offset);
     void doRender(const QRegion& region);
 
     HistoryTableModel* m_history = nullptr;
     QPointer<QWidget> m_window; // whose repaints the picture is brought up to date for
+    // The picture is a window onto a buffer twice its height: the rows moving up by a
+    // row or two at every frame move the window down the buffer instead of their lines
+    // (1.6 MB at 800 x 500), and only when it reaches the buffer's end are they moved, to
+    // its top.
+    QImage m_buffer;
+    int m_offset = 0; // the picture's first line in the buffer
     QImage m_picture;
     Look m_look; // the picture's
     Look m_lookNow; // read anew before each use (kept to spare allocations)
