@@ -1,22 +1,75 @@
 #include "labelpictures.h"
 
-#include <QPainter>
-
 #include <algorithm>
 #include <cmath>
 
 namespace {
 constexpr double InchesPerMetre = 1.0 / 0.0254;
+
+// FNV-1a over the key's parts.
+constexpr quint64 HashStart = 14695981039346656037ull;
+constexpr quint64 HashPrime = 1099511628211ull;
+inline quint64 mix(quint64 hash, quint64 value)
+{
+    return (hash ^ value) * HashPrime;
+}
 } // namespace
 
 LabelPictures::LabelPictures(int limit)
     : m_limit(std::max(1, limit))
 {
+    // A power of two at least twice the limit.
+    size_t count = 2;
+    while (count < size_t(m_limit) * 2)
+        count *= 2;
+    m_slots.resize(count);
 }
 
 void LabelPictures::clear()
 {
-    m_pictures.clear();
+    if (m_used == 0)
+        return;
+    for (Slot& slot : m_slots) {
+        slot.hash = 0;
+        slot.picture = QImage();
+    }
+    m_used = 0;
+    m_kept = 0;
+}
+
+LabelPictures::Slot& LabelPictures::find(const QString& text, quint64 tag, const QSize& size)
+{
+    const int length = int(text.size());
+    const ushort* chars = text.utf16();
+    quint64 hash = mix(mix(mix(HashStart, tag), quint64(size.width())), quint64(size.height()));
+    for (int i = 0; i < length; ++i)
+        hash = mix(hash, chars[i]);
+    hash |= 1; // never the mark of a free slot
+
+    const size_t mask = m_slots.size() - 1;
+    for (int pass = 0; pass < 2; ++pass) {
+        for (size_t at = size_t(hash) & mask;; at = (at + 1) & mask) {
+            Slot& slot = m_slots[at];
+            if (slot.hash == 0) {
+                if (m_used >= m_limit)
+                    break; // full: start afresh
+                slot.hash = hash;
+                slot.tag = tag;
+                slot.width = size.width();
+                slot.height = size.height();
+                slot.length = length;
+                std::copy(chars, chars + length, slot.text.begin());
+                ++m_used;
+                return slot;
+            }
+            if (slot.hash == hash && slot.tag == tag && slot.width == size.width()
+                && slot.height == size.height() && slot.length == length
+                && std::equal(chars, chars + length, slot.text.begin()))
+                return slot;
+        }
+        clear();
+    }
+    Q_UNREACHABLE(); // an empty table always has a free slot
 }
 
 bool LabelPictures::drawsOneToOne(const QPainter& painter)
@@ -31,8 +84,6 @@ bool LabelPictures::drawsOneToOne(const QPainter& painter)
 
 QImage LabelPictures::newPicture(const QPaintDevice& device, const QSize& size)
 {
-    if (m_pictures.size() >= m_limit)
-        m_pictures.clear();
     // The label covers its box, so its picture is opaque: glyphs are drawn on it as on
     // an opaque window, and it is copied without blending. Fonts sized in points take
     // the window's resolution.

@@ -1,11 +1,13 @@
 #pragma once
 
-#include <QHash>
 #include <QImage>
 #include <QPainter>
 #include <QPoint>
 #include <QRect>
 #include <QString>
+
+#include <array>
+#include <vector>
 
 // Pictures of labels that cover their box (a filled box with a short text on it), each
 // drawn once and then copied. The traffic scheme and the video overlay label all their
@@ -14,45 +16,52 @@
 // reads speeds in 0.1 m/s steps: a vehicle keeps to a few labels for seconds. A picture
 // is used only where the painter draws one to one, whole pixels on whole pixels: there
 // it is the label drawn in place, pixel for pixel. Elsewhere the label is drawn as usual.
+//
+// Some hundred labels are looked up every frame among a thousand kept: the keys live in
+// one open table, text included, so that a look-up reads one place in memory rather
+// than a chain of them.
 class LabelPictures
 {
 public:
     // Pictures kept at most; a full set starts afresh. A frame shows 64 labels at most.
     static constexpr int DefaultLimit = 1024;
+    // Longer labels are always drawn in place.
+    static constexpr int MaxTextLength = 24;
 
     explicit LabelPictures(int limit = DefaultLimit);
 
     // Forgets every picture: their look (a font, a colour scheme) changed.
     void clear();
-    int size() const { return int(m_pictures.size()); }
+    // Pictures kept.
+    int size() const { return m_kept; }
 
     // Draws the label `text` of look `tag` into `box`. `drawLabel(QPainter&, QPoint)` draws
     // it with its box's top-left corner at the given point, covering the whole box, from
     // the painter's font and hints; it is called only for a label not yet kept (or when
     // the painter does not draw one to one). Texts and tags that look alike must have
     // the same pixels.
-    template <typename DrawLabel>
-    void draw(QPainter& painter, const QRect& box, const QString& text, quint16 tag,
+    template<typename DrawLabel>
+    void draw(QPainter& painter, const QRect& box, const QString& text, quint64 tag,
               DrawLabel&& drawLabel)
     {
         if (box.isEmpty())
             return;
-        if (!drawsOneToOne(painter)) {
+        if (!drawsOneToOne(painter) || text.size() > MaxTextLength) {
             drawLabel(painter, box.topLeft());
             return;
         }
-        const Key key{text, tag, box.width(), box.height()};
-        auto it = m_pictures.constFind(key);
-        if (it == m_pictures.cend()) {
+        Slot& slot = find(text, tag, box.size());
+        if (slot.picture.isNull()) {
             QImage picture = newPicture(*painter.device(), box.size());
             {
                 QPainter onPicture(&picture);
                 copyLook(painter, onPicture);
                 drawLabel(onPicture, QPoint(0, 0));
             }
-            it = m_pictures.insert(key, picture);
+            slot.picture = picture;
+            ++m_kept;
         }
-        painter.drawImage(box.topLeft(), *it);
+        painter.drawImage(box.topLeft(), slot.picture);
     }
 
     // Whether pictures drawn pixel for pixel can be copied through the painter as they
@@ -61,22 +70,24 @@ public:
     static bool drawsOneToOne(const QPainter& painter);
 
 private:
-    struct Key
+    struct Slot
     {
-        QString text;
-        quint16 tag = 0;
+        quint64 hash = 0; // 0 for a free slot
+        quint64 tag = 0;
         int width = 0;
         int height = 0;
-        bool operator==(const Key& o) const
-        {
-            return tag == o.tag && width == o.width && height == o.height && text == o.text;
-        }
+        int length = 0;
+        std::array<ushort, MaxTextLength> text{};
+        QImage picture;
     };
-    friend uint qHash(const Key& key, uint seed) { return qHash(key.text, seed ^ key.tag); }
 
+    // The label's slot; a free one taken for it when it has none.
+    Slot& find(const QString& text, quint64 tag, const QSize& size);
     QImage newPicture(const QPaintDevice& device, const QSize& size);
     static void copyLook(const QPainter& from, QPainter& to);
 
     int m_limit;
-    QHash<Key, QImage> m_pictures;
+    std::vector<Slot> m_slots; // twice the limit: probe runs stay short
+    int m_used = 0;
+    int m_kept = 0;
 };

@@ -248,13 +248,25 @@ void tst_SchemeGeometry::labelPicturesLookAsDrawnInPlace_data()
     QTest::addColumn<int>("dpi"); // the window's resolution, for a font in points
     QTest::addColumn<qreal>("ratio"); // the window's device pixel ratio
     QTest::addColumn<QPointF>("shift"); // the painter's translation
-    QTest::addColumn<int>("kept"); // pictures made for the three labels
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("limit"); // pictures kept at most
+    QTest::addColumn<int>("kept"); // pictures kept after the three labels
 
-    QTest::newRow("glyph run on a filled box") << 0 << 96 << 1.0 << QPointF(3, 5) << 2;
-    QTest::newRow("laid-out text in a framed box") << 1 << 96 << 1.0 << QPointF(0, 0) << 2;
-    QTest::newRow("points on a window of 120 dpi") << 2 << 120 << 1.0 << QPointF(0, 0) << 2;
-    QTest::newRow("half a pixel off: drawn in place") << 0 << 96 << 1.0 << QPointF(0.5, 0) << 0;
-    QTest::newRow("a doubled display: drawn in place") << 1 << 96 << 2.0 << QPointF(0, 0) << 0;
+    const QString label = "[7] 53.3 km/h";
+    const QString longer = "[7] 53.3 km/h, 0.1 km/h across";
+    QTest::newRow("glyph run on a filled box")
+        << 0 << 96 << 1.0 << QPointF(3, 5) << label << 10 << 2;
+    QTest::newRow("laid-out text in a framed box")
+        << 1 << 96 << 1.0 << QPointF(0, 0) << label << 10 << 2;
+    QTest::newRow("points on a window of 120 dpi")
+        << 2 << 120 << 1.0 << QPointF(0, 0) << label << 10 << 2;
+    QTest::newRow("a full set starts afresh") << 0 << 96 << 1.0 << QPointF(0, 0) << label << 1 << 1;
+    QTest::newRow("a long text: drawn in place")
+        << 2 << 96 << 1.0 << QPointF(0, 0) << longer << 10 << 0;
+    QTest::newRow("half a pixel off: drawn in place")
+        << 0 << 96 << 1.0 << QPointF(0.5, 0) << label << 10 << 0;
+    QTest::newRow("a doubled display: drawn in place")
+        << 1 << 96 << 2.0 << QPointF(0, 0) << label << 10 << 0;
 }
 
 void tst_SchemeGeometry::labelPicturesLookAsDrawnInPlace()
@@ -267,6 +279,8 @@ void tst_SchemeGeometry::labelPicturesLookAsDrawnInPlace()
     QFETCH(int, dpi);
     QFETCH(qreal, ratio);
     QFETCH(QPointF, shift);
+    QFETCH(QString, text);
+    QFETCH(int, limit);
     QFETCH(int, kept);
     QFont font;
     font.setPointSize(11); // not the application's font
@@ -281,9 +295,9 @@ void tst_SchemeGeometry::labelPicturesLookAsDrawnInPlace()
         QRect box;
         QColor fill, ink;
     };
-    const QVector<Label> labels{{"[7] 53.3 km/h", 1, QRect(4, 4, 150, 28), Qt::red, Qt::white},
-                                {"[7] 53.3 km/h", 1, QRect(31, 37, 150, 28), Qt::red, Qt::white},
-                                {"[7] 53.3 km/h", 2, QRect(70, 72, 150, 28), Qt::yellow, Qt::black}};
+    const QVector<Label> labels{{text, 1, QRect(4, 4, 150, 28), Qt::red, Qt::white},
+                                {text, 1, QRect(31, 37, 150, 28), Qt::red, Qt::white},
+                                {text, 2, QRect(70, 72, 150, 28), Qt::yellow, Qt::black}};
     auto drawLabel = [&](const Label& label, QPainter& p, const QPoint& at) {
         const QRect box(at, label.box.size());
         p.fillRect(box, label.ink);
@@ -308,7 +322,7 @@ void tst_SchemeGeometry::labelPicturesLookAsDrawnInPlace()
     };
     QImage copied = window();
     QImage drawn = window();
-    LabelPictures pictures;
+    LabelPictures pictures(limit);
     {
         QPainter p(&copied);
         p.setFont(font);
