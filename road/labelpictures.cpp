@@ -5,6 +5,9 @@
 
 namespace {
 constexpr double InchesPerMetre = 1.0 / 0.0254;
+// A picture not used in four times as many look-ups as are kept is dropped: a vehicle
+// whose speed swings back and forth keeps its few labels.
+constexpr quint64 RecentUses = 4;
 
 // FNV-1a over the key's parts.
 constexpr quint64 HashStart = 14695981039346656037ull;
@@ -39,6 +42,8 @@ void LabelPictures::clear()
 
 LabelPictures::Slot& LabelPictures::find(const QString& text, quint64 tag, const QSize& size)
 {
+    if (++m_uses >= m_nextSweep)
+        sweep();
     const int length = int(text.size());
     const ushort* chars = text.utf16();
     quint64 hash = mix(mix(mix(HashStart, tag), quint64(size.width())), quint64(size.height()));
@@ -52,24 +57,54 @@ LabelPictures::Slot& LabelPictures::find(const QString& text, quint64 tag, const
             Slot& slot = m_slots[at];
             if (slot.hash == 0) {
                 if (m_used >= m_limit)
-                    break; // full: start afresh
+                    break; // full
                 slot.hash = hash;
                 slot.tag = tag;
                 slot.width = size.width();
                 slot.height = size.height();
                 slot.length = length;
                 std::copy(chars, chars + length, slot.text.begin());
+                slot.lastUse = m_uses;
                 ++m_used;
                 return slot;
             }
             if (slot.hash == hash && slot.tag == tag && slot.width == size.width()
                 && slot.height == size.height() && slot.length == length
-                && std::equal(chars, chars + length, slot.text.begin()))
+                && std::equal(chars, chars + length, slot.text.begin())) {
+                slot.lastUse = m_uses;
                 return slot;
+            }
         }
-        clear();
+        sweep();
+        if (m_used >= m_limit)
+            clear();
     }
     Q_UNREACHABLE(); // an empty table always has a free slot
+}
+
+void LabelPictures::sweep()
+{
+    m_nextSweep = m_uses + quint64(m_limit);
+    auto isRecent = [this](const Slot& slot) {
+        return slot.hash != 0 && slot.lastUse + RecentUses * quint64(m_limit) > m_uses;
+    };
+    if (std::count_if(m_slots.cbegin(), m_slots.cend(), isRecent) == m_used)
+        return; // nothing to drop
+    std::vector<Slot> recent;
+    for (Slot& slot : m_slots) {
+        if (isRecent(slot))
+            recent.push_back(std::move(slot));
+    }
+    clear();
+    const size_t mask = m_slots.size() - 1;
+    for (Slot& slot : recent) {
+        size_t at = size_t(slot.hash) & mask;
+        while (m_slots[at].hash != 0)
+            at = (at + 1) & mask;
+        m_kept += slot.picture.isNull() ? 0 : 1;
+        m_slots[at] = std::move(slot);
+        ++m_used;
+    }
 }
 
 bool LabelPictures::drawsOneToOne(const QPainter& painter)

@@ -17,13 +17,16 @@
 // is used only where the painter draws one to one, whole pixels on whole pixels: there
 // it is the label drawn in place, pixel for pixel. Elsewhere the label is drawn as usual.
 //
-// Some hundred labels are looked up every frame among a thousand kept: the keys live in
+// Some hundred labels are looked up every frame among hundreds kept: the keys live in
 // one open table, text included, so that a look-up reads one place in memory rather
-// than a chain of them.
+// than a chain of them. Labels of vehicles long gone are dropped: every `limit`
+// look-ups, those not used in four times as many go (seconds of frames at the radar's
+// rate), so the pictures kept follow the traffic instead of piling up.
 class LabelPictures
 {
 public:
-    // Pictures kept at most; a full set starts afresh. A frame shows 64 labels at most.
+    // Pictures kept at most; a full set drops those not used lately, else starts afresh.
+    // A frame shows 64 labels at most.
     static constexpr int DefaultLimit = 1024;
     // Longer labels are always drawn in place.
     static constexpr int MaxTextLength = 24;
@@ -78,11 +81,14 @@ private:
         int height = 0;
         int length = 0;
         std::array<ushort, MaxTextLength> text{};
+        quint64 lastUse = 0; // the look-up that last found it
         QImage picture;
     };
 
     // The label's slot; a free one taken for it when it has none.
     Slot& find(const QString& text, quint64 tag, const QSize& size);
+    // Drops the pictures not used lately.
+    void sweep();
     QImage newPicture(const QPaintDevice& device, const QSize& size);
     static void copyLook(const QPainter& from, QPainter& to);
 
@@ -90,4 +96,6 @@ private:
     std::vector<Slot> m_slots; // twice the limit: probe runs stay short
     int m_used = 0;
     int m_kept = 0;
+    quint64 m_uses = 0; // look-ups so far
+    quint64 m_nextSweep = 0;
 };
