@@ -258,6 +258,7 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
         });
     }
     p.setBrush(Qt::NoBrush);
+    m_labels.finishFrame();
 }
 
 const ProjectionPainter::DiscPicture& ProjectionPainter::discPicture(quint8 id, quint8 colourId,

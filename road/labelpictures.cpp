@@ -5,9 +5,6 @@
 
 namespace {
 constexpr double InchesPerMetre = 1.0 / 0.0254;
-// A picture not used in four times as many look-ups as are kept is dropped: a vehicle
-// whose speed swings back and forth keeps its few labels.
-constexpr quint64 RecentUses = 4;
 
 // FNV-1a over the key's parts.
 constexpr quint64 HashStart = 14695981039346656037ull;
@@ -42,8 +39,6 @@ void LabelPictures::clear()
 
 LabelPictures::Slot& LabelPictures::find(const QString& text, quint64 tag, const QSize& size)
 {
-    if (++m_uses >= m_nextSweep)
-        sweep();
     const int length = int(text.size());
     const ushort* chars = text.utf16();
     quint64 hash = mix(mix(mix(HashStart, tag), quint64(size.width())), quint64(size.height()));
@@ -64,14 +59,14 @@ LabelPictures::Slot& LabelPictures::find(const QString& text, quint64 tag, const
                 slot.height = size.height();
                 slot.length = length;
                 std::copy(chars, chars + length, slot.text.begin());
-                slot.lastUse = m_uses;
+                slot.lastFrame = m_frame;
                 ++m_used;
                 return slot;
             }
             if (slot.hash == hash && slot.tag == tag && slot.width == size.width()
                 && slot.height == size.height() && slot.length == length
                 && std::equal(chars, chars + length, slot.text.begin())) {
-                slot.lastUse = m_uses;
+                slot.lastFrame = m_frame;
                 return slot;
             }
         }
@@ -82,11 +77,18 @@ LabelPictures::Slot& LabelPictures::find(const QString& text, quint64 tag, const
     Q_UNREACHABLE(); // an empty table always has a free slot
 }
 
+void LabelPictures::finishFrame()
+{
+    // Every half of the frames kept: a picture lives at most one and a half times as
+    // many frames past its last use.
+    if (++m_frame % (KeptFrames / 2) == 0)
+        sweep();
+}
+
 void LabelPictures::sweep()
 {
-    m_nextSweep = m_uses + quint64(m_limit);
     auto isRecent = [this](const Slot& slot) {
-        return slot.hash != 0 && slot.lastUse + RecentUses * quint64(m_limit) > m_uses;
+        return slot.hash != 0 && slot.lastFrame + KeptFrames > m_frame;
     };
     if (std::count_if(m_slots.cbegin(), m_slots.cend(), isRecent) == m_used)
         return; // nothing to drop

@@ -19,15 +19,17 @@
 //
 // Some hundred labels are looked up every frame among hundreds kept: the keys live in
 // one open table, text included, so that a look-up reads one place in memory rather
-// than a chain of them. Labels of vehicles long gone are dropped: every `limit`
-// look-ups, those not used in four times as many go (seconds of frames at the radar's
-// rate), so the pictures kept follow the traffic instead of piling up.
+// than a chain of them. Most labels are seen for a few frames only, while a speed
+// reading holds, so the pictures follow the frames: those not used in the last eight
+// go, which keeps memory to a few frames' worth of labels however long the traffic runs.
 class LabelPictures
 {
 public:
-    // Pictures kept at most; a full set drops those not used lately, else starts afresh.
-    // A frame shows 64 labels at most.
-    static constexpr int DefaultLimit = 1024;
+    // Pictures kept at most; a full set starts afresh. A frame shows 64 labels at most.
+    static constexpr int DefaultLimit = 512;
+    // A picture not used in as many frames is dropped: a vehicle whose speed reading
+    // swings back and forth keeps its few labels.
+    static constexpr int KeptFrames = 8;
     // Longer labels are always drawn in place.
     static constexpr int MaxTextLength = 24;
 
@@ -37,6 +39,8 @@ public:
     void clear();
     // Pictures kept.
     int size() const { return m_kept; }
+    // A frame's labels are drawn: those not used lately are dropped now and then.
+    void finishFrame();
 
     // Draws the label `text` of look `tag` into `box`. `drawLabel(QPainter&, QPoint)` draws
     // it with its box's top-left corner at the given point, covering the whole box, from
@@ -81,7 +85,7 @@ private:
         int height = 0;
         int length = 0;
         std::array<ushort, MaxTextLength> text{};
-        quint64 lastUse = 0; // the look-up that last found it
+        quint64 lastFrame = 0; // the frame that last used it
         QImage picture;
     };
 
@@ -96,6 +100,5 @@ private:
     std::vector<Slot> m_slots; // twice the limit: probe runs stay short
     int m_used = 0;
     int m_kept = 0;
-    quint64 m_uses = 0; // look-ups so far
-    quint64 m_nextSweep = 0;
+    quint64 m_frame = 0; // frames finished so far
 };

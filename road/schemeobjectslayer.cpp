@@ -109,6 +109,7 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
             drawText(p, QPoint(at.x() + LabelPadding, at.y()), text);
         });
     }
+    m_labels.finishFrame();
 }
 
 const QStaticText& SchemeObjectsLayer::staticText(const QString& text, const QFont& font)

@@ -89,6 +89,9 @@ sed "s#ws://127.0.0.1:7578/#ws://127.0.0.1:$port/#" "$root/demo/demo-settings.js
     >"$work/.orvex-road-app-gui_config.json"
 
 start_sim
+# The start is timed from before the programs are launched: the observer may connect
+# before the shell gets round to reading the clock.
+start_ms=$(now_ms)
 # The allocator runs as it does for the operator. (With glibc's threshold for separate
 # mappings fixed at 128 kB, resident memory crept up by about 100 kB a minute for as long
 # as the soak ran, from heap fragmentation; with its own adaptive threshold it settles
@@ -99,7 +102,6 @@ app_pid=$!
 "$observer" --url "ws://127.0.0.1:$port/" --poll-ms 1000 >"$work/observer.log" 2>&1 &
 observer_pid=$!
 
-start_ms=$(now_ms)
 # Memory is judged by the median of each minute's samples: the application takes and
 # gives back a picture's worth (2 MB) now and then, which a single sample would see
 # as growth; a leak raises the whole minute.

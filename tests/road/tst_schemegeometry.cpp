@@ -30,6 +30,7 @@ private slots:
     void fixedNumbersReadAsQtWritesThem();
     void labelPicturesLookAsDrawnInPlace_data();
     void labelPicturesLookAsDrawnInPlace();
+    void labelPicturesFollowTheTraffic();
 
 private:
     // A 100 m road 20 m wide, centred on the radar's line.
@@ -339,6 +340,44 @@ void tst_SchemeGeometry::labelPicturesLookAsDrawnInPlace()
     }
     QCOMPARE(pictures.size(), kept);
     QCOMPARE(copied, drawn);
+}
+
+void tst_SchemeGeometry::labelPicturesFollowTheTraffic()
+{
+    // Hours of traffic: each vehicle's speed reading moves on every few frames, and a
+    // vehicle that stands still keeps its one label. The pictures kept stay well under
+    // the limit (they are memory), the standing vehicle's label is drawn once, and one
+    // that swings between two readings keeps both.
+    QImage window(400, 40, QImage::Format_RGB32);
+    QPainter p(&window);
+    LabelPictures pictures;
+    int drawn = 0;
+    auto draw = [&](const QString& text) {
+        pictures.draw(p, QRect(0, 0, 60, 14), text, 0,
+                      [&](QPainter& onto, const QPoint& at) {
+                          ++drawn;
+                          onto.fillRect(QRect(at, QSize(60, 14)), Qt::white);
+                      });
+    };
+    int largest = 0;
+    for (int frame = 0; frame < 20000; ++frame) {
+        for (int vehicle = 0; vehicle < 8; ++vehicle)
+            draw(QString("[%1] %2").arg(vehicle).arg(frame / 3 + vehicle * 1000));
+        pictures.finishFrame();
+        largest = std::max(largest, pictures.size());
+    }
+    // Each vehicle's labels of the last frames kept, a new one every third frame.
+    QVERIFY2(largest <= 8 * (LabelPictures::KeptFrames * 3 / 2 / 3 + 1),
+             qPrintable(QString::number(largest)));
+    drawn = 0;
+    for (int frame = 0; frame < 5000; ++frame) {
+        draw("[9] 0.0");
+        draw(frame % 2 ? "[10] 50.0" : "[10] 50.1");
+        for (int vehicle = 0; vehicle < 8; ++vehicle)
+            draw(QString("[%1] %2").arg(vehicle).arg(frame + vehicle * 10000));
+        pictures.finishFrame();
+    }
+    QCOMPARE(drawn, 5000 * 8 + 3);
 }
 
 QTEST_MAIN(tst_SchemeGeometry)
