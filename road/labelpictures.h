@@ -20,16 +20,16 @@
 // Some hundred labels are looked up every frame among hundreds kept: the keys live in
 // one open table, text included, so that a look-up reads one place in memory rather
 // than a chain of them. Most labels are seen for a few frames only, while a speed
-// reading holds, so the pictures follow the frames: those not used in the last eight
+// reading holds, so the pictures follow the frames: those not used in the last 32
 // go, which keeps memory to a few frames' worth of labels however long the traffic runs.
 class LabelPictures
 {
 public:
     // Pictures kept at most; a full set starts afresh. A frame shows 64 labels at most.
-    static constexpr int DefaultLimit = 512;
+    static constexpr int DefaultLimit = 1024;
     // A picture not used in as many frames is dropped: a vehicle whose speed reading
     // swings back and forth keeps its few labels.
-    static constexpr int KeptFrames = 8;
+    static constexpr int KeptFrames = 32;
     // Longer labels are always drawn in place.
     static constexpr int MaxTextLength = 24;
 
