@@ -24,7 +24,11 @@ bool HistoryTableView::Look::operator==(const Look& other) const
 
 HistoryTableView::HistoryTableView(QWidget* parent)
     : QTableView(parent)
-{ }
+{
+    // The kept picture covers the rows; where the table paints itself, its background is
+    // filled first (below). Filling it for every repaint cost a picture's worth of pixels.
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+}
 
 void HistoryTableView::setModel(QAbstractItemModel* model)
 {
@@ -289,6 +293,11 @@ bool HistoryTableView::isPictureCurrent()
 void HistoryTableView::paintEvent(QPaintEvent* event)
 {
     if (m_rendering || !isPictureCurrent()) {
+        {
+            QPainter background(viewport());
+            background.fillRect(event->rect(),
+                                viewport()->palette().brush(viewport()->backgroundRole()));
+        }
         QTableView::paintEvent(event);
         return;
     }
