@@ -65,11 +65,10 @@ void SchemeSceneLayer::setPaintObjects(bool paint)
 void SchemeSceneLayer::takeChanges(const SchemeTracks::Changes& changes)
 {
     for (quint8 id : changes.ended)
-        m_drawnTrackPoints.remove(id);
+        m_drawn[id] = DrawnTrack();
     for (const auto& trim : changes.trimmed) {
-        const auto it = m_drawnTrackPoints.find(trim.first);
-        if (it != m_drawnTrackPoints.end())
-            *it = std::max(*it - trim.second, 0);
+        int& points = m_drawn[trim.first].points;
+        points = std::max(points - trim.second, 0);
     }
     m_damage += changes.damage;
     if (m_damage.size() > MaxDamageBoxes) {
@@ -146,14 +145,17 @@ void SchemeSceneLayer::doDrawTracks(const SchemeTracks& tracks)
         m_picture = QImage(m_base.size(), m_base.format());
     copyArea(m_base, m_picture, m_picture.rect());
     m_damage.clear();
-    m_drawnTrackPoints.clear();
+    m_drawn.fill(DrawnTrack());
     const QMap<quint8, QPolygon>& screenTracks = tracks.screenTracks();
     if (m_drawTracksLive)
         m_rasterizer.begin(&m_picture);
     for (auto it = screenTracks.cbegin(); it != screenTracks.cend(); ++it) {
-        if (m_drawTracksLive)
+        DrawnTrack& drawn = m_drawn[it.key()];
+        if (m_drawTracksLive) {
             m_rasterizer.drawTrack(*it, trackColor(it.key()));
-        m_drawnTrackPoints.insert(it.key(), it->size());
+            drawn.box = TrackRasterizer::reach(it->constData(), it->size());
+        }
+        drawn.points = it->size();
     }
 }
 
@@ -171,10 +173,14 @@ void SchemeSceneLayer::doRepair(const SchemeTracks& tracks)
     around &= m_picture.rect();
     if (around.isEmpty())
         return;
+    // Most frames repair a few pixels: a track that never drew there is passed over
+    // without a look at its points. One not drawn yet is drawn whole next.
     m_rasterizer.begin(&m_picture, around);
     const QMap<quint8, QPolygon>& screenTracks = tracks.screenTracks();
-    for (auto it = screenTracks.cbegin(); it != screenTracks.cend(); ++it)
-        m_rasterizer.drawTrack(*it, trackColor(it.key()));
+    for (auto it = screenTracks.cbegin(); it != screenTracks.cend(); ++it) {
+        if (m_drawn[it.key()].box.intersects(around))
+            m_rasterizer.drawTrack(*it, trackColor(it.key()));
+    }
 }
 
 void SchemeSceneLayer::doDrawNewTrackPoints(const SchemeTracks& tracks)
@@ -184,12 +190,14 @@ void SchemeSceneLayer::doDrawNewTrackPoints(const SchemeTracks& tracks)
     m_rasterizer.begin(&m_picture);
     const QMap<quint8, QPolygon>& screenTracks = tracks.screenTracks();
     for (auto it = screenTracks.cbegin(); it != screenTracks.cend(); ++it) {
-        int& drawn = m_drawnTrackPoints[it.key()];
+        DrawnTrack& drawn = m_drawn[it.key()];
         const int size = it->size();
-        if (size > drawn) {
-            const int first = std::max(drawn - 1, 0);
-            m_rasterizer.drawTrack(it->constData() + first, size - first, trackColor(it.key()));
+        if (size > drawn.points) {
+            const int first = std::max(drawn.points - 1, 0);
+            const QPoint* from = it->constData() + first;
+            m_rasterizer.drawTrack(from, size - first, trackColor(it.key()));
+            drawn.box |= TrackRasterizer::reach(from, size - first);
         }
-        drawn = size;
+        drawn.points = size;
     }
 }

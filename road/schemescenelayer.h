@@ -11,6 +11,8 @@
 #include <QRect>
 #include <QVector>
 
+#include <array>
+
 // The traffic scheme's picture under the moving objects: the road picture with the
 // camera's sight and the lanes' average tracks on it (the base, drawn when one of them
 // changes), and the current tracks over that. Tracks grow by a point a frame; only the
@@ -67,6 +69,13 @@ private:
     bool m_tracksStale = true;
     quint64 m_tracksReshaped = 0; // the tracks' shape when drawn whole
     QVector<QRect> m_damage; // boxes to draw anew from the base
-    QMap<quint8, int> m_drawnTrackPoints; // points of each track already in the picture
+    // Per object id: the points of its track already in the picture, and a box around
+    // all it has drawn there (it may have lost points since).
+    struct DrawnTrack
+    {
+        int points = 0;
+        QRect box;
+    };
+    std::array<DrawnTrack, 256> m_drawn;
     TrackRasterizer m_rasterizer;
 };
