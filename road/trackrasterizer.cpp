@@ -114,7 +114,9 @@ void TrackRasterizer::drawTrack(const QPoint* points, int count, QRgb color)
                 continue;
             mark = m_stamp;
             doSquare(x, y, color);
-        } else if (m_clip.contains(reach(p))) {
+        } else if (inside || m_clip.contains(reach(p))) {
+            // A track wholly inside has every square inside; a long one across the
+            // video is too large to mark.
             doSquare(x, y, color);
         } else {
             doBlock(x - 2, y - 2, 3, 3, color);
