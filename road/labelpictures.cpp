@@ -34,7 +34,6 @@ void LabelPictures::clear()
         slot.picture = QImage();
     }
     m_used = 0;
-    m_kept = 0;
 }
 
 LabelPictures::Slot& LabelPictures::find(const QString& text, quint64 tag, const QSize& size)
@@ -103,7 +102,6 @@ void LabelPictures::sweep()
         size_t at = size_t(slot.hash) & mask;
         while (m_slots[at].hash != 0)
             at = (at + 1) & mask;
-        m_kept += slot.picture.isNull() ? 0 : 1;
         m_slots[at] = std::move(slot);
         ++m_used;
     }

@@ -38,7 +38,7 @@ public:
     // Forgets every picture: their look (a font, a colour scheme) changed.
     void clear();
     // Pictures kept.
-    int size() const { return m_kept; }
+    int size() const { return m_used; }
     // A frame's labels are drawn: those not used lately are dropped now and then.
     void finishFrame();
 
@@ -66,7 +66,6 @@ public:
                 drawLabel(onPicture, QPoint(0, 0));
             }
             slot.picture = picture;
-            ++m_kept;
         }
         painter.drawImage(box.topLeft(), slot.picture);
     }
@@ -98,7 +97,6 @@ private:
 
     int m_limit;
     std::vector<Slot> m_slots; // twice the limit: probe runs stay short
-    int m_used = 0;
-    int m_kept = 0;
+    int m_used = 0; // slots taken, each with its picture
     quint64 m_frame = 0; // frames finished so far
 };

@@ -151,10 +151,8 @@ void SchemeSceneLayer::doDrawTracks(const SchemeTracks& tracks)
         m_rasterizer.begin(&m_picture);
     for (auto it = screenTracks.cbegin(); it != screenTracks.cend(); ++it) {
         DrawnTrack& drawn = m_drawn[it.key()];
-        if (m_drawTracksLive) {
-            m_rasterizer.drawTrack(*it, trackColor(it.key()));
-            drawn.box = TrackRasterizer::reach(it->constData(), it->size());
-        }
+        if (m_drawTracksLive)
+            drawn.box = m_rasterizer.drawTrack(*it, trackColor(it.key()));
         drawn.points = it->size();
     }
 }
@@ -194,9 +192,8 @@ void SchemeSceneLayer::doDrawNewTrackPoints(const SchemeTracks& tracks)
         const int size = it->size();
         if (size > drawn.points) {
             const int first = std::max(drawn.points - 1, 0);
-            const QPoint* from = it->constData() + first;
-            m_rasterizer.drawTrack(from, size - first, trackColor(it.key()));
-            drawn.box |= TrackRasterizer::reach(from, size - first);
+            drawn.box |= m_rasterizer.drawTrack(it->constData() + first, size - first,
+                                                trackColor(it.key()));
         }
         drawn.points = size;
     }

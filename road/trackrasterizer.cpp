@@ -58,14 +58,14 @@ void TrackRasterizer::doSquare(int x, int y, QRgb color)
         l[x - 2] = l[x - 1] = l[x] = color;
 }
 
-void TrackRasterizer::drawTrack(const QPoint* points, int count, QRgb color)
+QRect TrackRasterizer::drawTrack(const QPoint* points, int count, QRgb color)
 {
     if (count < 2 || m_clip.isEmpty())
-        return;
+        return QRect();
     const QRect all = reach(points, count);
     const QRect box = all & m_clip;
     if (box.isEmpty())
-        return;
+        return QRect();
     m_touched.append(box);
     // Wholly inside: no point needs a look at the edges of the picture or the clip.
     const bool inside = m_clip.contains(all);
@@ -122,6 +122,7 @@ void TrackRasterizer::drawTrack(const QPoint* points, int count, QRgb color)
             doBlock(x - 2, y - 2, 3, 3, color);
         }
     }
+    return box;
 }
 
 void TrackRasterizer::doCheckedLine(int ax, int ay, int bx, int by, QRgb color)

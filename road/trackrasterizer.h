@@ -25,13 +25,14 @@ public:
     // The line through the points (consecutive repeats skipped, square ends), then a
     // square from (x - 2, y - 2) to (x, y) on every point except those equal to the
     // last one.
-    void drawTrack(const QPolygon& points, QRgb color)
+    // Returns the box it may have written, within the clip (empty for none).
+    QRect drawTrack(const QPolygon& points, QRgb color)
     {
-        drawTrack(points.constData(), points.size(), color);
+        return drawTrack(points.constData(), points.size(), color);
     }
     // The same for the end of a track from `points` on: the last of the `count` points
     // is the track's last.
-    void drawTrack(const QPoint* points, int count, QRgb color);
+    QRect drawTrack(const QPoint* points, int count, QRgb color);
     // Where pixels were written since begin(), one box per track, to restore the
     // picture beneath next time.
     const QVector<QRect>& touched() const { return m_touched; }
