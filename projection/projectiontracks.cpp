@@ -57,16 +57,19 @@ void ProjectionTracks::update(const DelayedFrame& frame, const CameraModel& mode
         QVector<QPointF>& raw = track.raw;
         // Only a detection in this very frame adds a point; a carried-over report does not.
         bool ok = false;
+        QPoint fresh;
         if (o.lastDetected == frame.frameTime) {
-            model.xyToScreen(o.xRange, o.yRange, &ok);
+            fresh = model.xyToScreen(o.xRange, o.yRange, &ok);
             if (ok)
                 raw.append(QPointF(o.xRange, o.yRange));
         }
+        const bool hasFresh = ok; // the last raw point, in pixels already
         // Bring the pixel track up to the raw one; what the model does not show is gone.
         int i = track.rawStart + track.screenCount;
         while (i < raw.size()) {
-            const QPoint pixel = model.xyToScreen(raw.at(i), &ok);
-            if (ok) {
+            const bool isFresh = hasFresh && i == raw.size() - 1;
+            const QPoint pixel = isFresh ? fresh : model.xyToScreen(raw.at(i), &ok);
+            if (isFresh || ok) {
                 appendPixel(track, pixel);
                 ++i;
             } else {

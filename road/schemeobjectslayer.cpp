@@ -31,6 +31,7 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         m_texts.clear();
         m_glyphs.setFont(m_measuredFont);
         m_labels.clear();
+        m_shortWidths.fill(-1);
     }
     m_placer.reset(QRect(QPoint(0, 0), g.size()));
     m_sideLabels.clear();
@@ -43,7 +44,7 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
             continue;
         const RoadObject& o = *it;
         const quint8 colorId = m_paintObjects ? o.id : 0;
-        const QColor& fill = ObjectColor::base(colorId);
+        const Look& look = this->look(colorId);
         const QSize size = g.objectPixelSize(o.length);
         const int length = size.width();
         const int width = size.height();
@@ -58,14 +59,14 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         transform.translate(at.x(), at.y());
         transform.rotate(-g.objectHeading(o.xSpeed, o.ySpeed));
         painter.setTransform(transform);
-        painter.setPen(QPen(fill, 1.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
-        painter.setBrush(fill);
+        painter.setPen(look.outline);
+        painter.setBrush(look.fill);
         painter.drawRect(body);
         const QRect glyph = transform.mapRect(body).adjusted(0, 0, 1, 1);
         m_placer.addGlyph(glyph);
         if (length >= MinLabelledSize && width >= MinLabelledSize) {
-            painter.setPen(ObjectColor::text(colorId));
-            painter.drawText(body, Qt::AlignCenter, QString::number(o.id));
+            painter.setPen(look.ink);
+            painter.drawText(body, Qt::AlignCenter, idText(o.id));
             continue;
         }
         // Too small to carry its id: a label beside it, clear of the glyph whichever
@@ -73,16 +74,18 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         SideLabel side;
         side.id = o.id;
         side.anchor = at;
-        side.text = QStringLiteral("[%1] ").arg(o.id)
-                    + speedFormat.arg(FixedText::number(RoadObject::kmh(o.xSpeed), 1));
-        const QString shortText = QStringLiteral("[%1]").arg(o.id);
+        side.text = shortText(o.id);
+        side.text += QLatin1Char(' ');
+        side.text += speedFormat.arg(FixedText::number(RoadObject::kmh(o.xSpeed), 1));
         side.request.anchor = at;
         side.request.glyph = glyph;
         side.request.clearance = std::max(length, width) + LabelClearance;
         side.request.size
             = QSize(textWidth(side.text, metrics) + 2 * LabelPadding, metrics.height());
-        side.request.shortSize
-            = QSize(textWidth(shortText, metrics) + 2 * LabelPadding, metrics.height());
+        int& shortWidth = m_shortWidths[o.id];
+        if (shortWidth < 0)
+            shortWidth = textWidth(shortText(o.id), metrics);
+        side.request.shortSize = QSize(shortWidth + 2 * LabelPadding, metrics.height());
         m_sideLabels.append(side);
     }
     painter.resetTransform();
@@ -92,24 +95,54 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         const SchemeLabelPlacer::Placement placement = m_placer.place(side.request);
         m_placements.append(placement);
         const quint8 colorId = m_paintObjects ? side.id : 0;
-        const QColor& fill = ObjectColor::base(colorId);
+        const Look& look = this->look(colorId);
         if (placement.moved) {
             // A thin leader from the object to the nearest point of its label.
             const QRect& box = placement.box;
             const QPoint to(std::clamp(side.anchor.x(), box.left(), box.right()),
                             std::clamp(side.anchor.y(), box.top(), box.bottom()));
-            painter.setPen(QPen(fill, 1.0));
+            painter.setPen(look.outline);
             painter.drawLine(side.anchor, to);
         }
-        const QString text = placement.shortened ? QStringLiteral("[%1]").arg(side.id) : side.text;
-        const QColor& ink = ObjectColor::text(colorId);
+        const QString& text = placement.shortened ? shortText(side.id) : side.text;
         m_labels.draw(painter, placement.box, text, colorId, [&](QPainter& p, const QPoint& at) {
-            p.fillRect(QRect(at, placement.box.size()), fill);
-            p.setPen(ink);
+            p.fillRect(QRect(at, placement.box.size()), look.fill);
+            p.setPen(look.ink);
             drawText(p, QPoint(at.x() + LabelPadding, at.y()), text);
         });
     }
     m_labels.finishFrame();
+}
+
+const SchemeObjectsLayer::Look& SchemeObjectsLayer::look(quint8 colorId)
+{
+    // Pens and brushes made once: making them for every object and label of every frame
+    // was a good part of drawing the small rectangles.
+    Look& look = m_looks[colorId];
+    if (!look.made) {
+        const QColor& fill = ObjectColor::base(colorId);
+        look.outline = QPen(fill, 1.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin);
+        look.fill = QBrush(fill);
+        look.ink = QPen(ObjectColor::text(colorId));
+        look.made = true;
+    }
+    return look;
+}
+
+const QString& SchemeObjectsLayer::idText(quint8 id)
+{
+    QString& text = m_idTexts[id];
+    if (text.isEmpty())
+        text = QString::number(id);
+    return text;
+}
+
+const QString& SchemeObjectsLayer::shortText(quint8 id)
+{
+    QString& text = m_shortTexts[id];
+    if (text.isEmpty())
+        text = QStringLiteral("[%1]").arg(id);
+    return text;
 }
 
 const QStaticText& SchemeObjectsLayer::staticText(const QString& text, const QFont& font)

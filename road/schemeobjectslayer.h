@@ -5,12 +5,16 @@
 #include "roadobject.h"
 #include "schemelabelplacer.h"
 
+#include <QBrush>
 #include <QCoreApplication>
 #include <QFont>
 #include <QHash>
 #include <QMap>
+#include <QPen>
 #include <QStaticText>
 #include <QVector>
+
+#include <array>
 
 class QFontMetrics;
 class QPainter;
@@ -36,6 +40,13 @@ public:
     const QVector<SchemeLabelPlacer::Placement>& labels() const { return m_placements; }
 
 private:
+    static std::array<int, 256> filledWidths()
+    {
+        std::array<int, 256> widths;
+        widths.fill(-1);
+        return widths;
+    }
+
     struct SideLabel
     {
         quint8 id = 0;
@@ -43,6 +54,19 @@ private:
         QString text;
         SchemeLabelPlacer::Label request;
     };
+
+    // An object's colours as the painter takes them.
+    struct Look
+    {
+        bool made = false;
+        QPen outline; // the rectangle's, and the line to a moved label
+        QBrush fill;
+        QPen ink; // the text's
+    };
+    const Look& look(quint8 colorId);
+    // An object's id, alone and as a short label.
+    const QString& idText(quint8 id);
+    const QString& shortText(quint8 id);
 
     // A label's text changes with every frame, its few characters do not: labels are
     // measured and drawn from the font's glyphs, else from each character's advance
@@ -57,6 +81,10 @@ private:
     GlyphText m_glyphs;
     QHash<QString, QStaticText> m_texts;
     LabelPictures m_labels; // by text and colour entry
+    std::array<Look, 256> m_looks;
+    std::array<QString, 256> m_idTexts;
+    std::array<QString, 256> m_shortTexts;
+    std::array<int, 256> m_shortWidths = filledWidths(); // of the short labels, -1 unknown
     QVector<SideLabel> m_sideLabels;
     QVector<SchemeLabelPlacer::Placement> m_placements;
     bool m_paintObjects = false;

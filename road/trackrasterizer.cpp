@@ -70,21 +70,36 @@ QRect TrackRasterizer::drawTrack(const QPoint* points, int count, QRgb color)
     // Wholly inside: no point needs a look at the edges of the picture or the clip.
     const bool inside = m_clip.contains(all);
 
+    const qsizetype next = m_stride / qsizetype(sizeof(QRgb));
+    // The 2 x 2 block a line sets on a point, up and left of it.
+    const auto block = [this, next, color](int x, int y) {
+        QRgb* at = line(y - 1) + (x - 1);
+        at[0] = at[1] = at[next] = at[next + 1] = color;
+    };
     QPoint previous = points[0];
     for (int i = 1; i < count; ++i) {
         const QPoint p = points[i];
         if (p == previous)
             continue;
-        if (inside) {
-            doLine(previous.x(), previous.y(), p.x(), p.y(), color, false);
-        } else if (std::min({previous.x(), previous.y(), p.x(), p.y()}) >= 1
-                   && std::max(previous.x(), p.x()) < m_width
-                   && std::max(previous.y(), p.y()) < m_height) {
-            doCheckedLine(previous.x(), previous.y(), p.x(), p.y(), color);
-        } else {
-            doClippedLine(previous.x(), previous.y(), p.x(), p.y(), color);
-        }
+        const int ax = previous.x(), ay = previous.y(), bx = p.x(), by = p.y();
         previous = p;
+        const bool ends = inside
+                          || (std::min({ax, ay, bx, by}) >= 1 && std::max(ax, bx) < m_width
+                              && std::max(ay, by) < m_height);
+        if (ends && (inside || !m_clipped) && std::abs(bx - ax) <= 1 && std::abs(by - ay) <= 1) {
+            // Most steps of a track go to a neighbouring pixel: a line of one step sets
+            // the blocks on its two ends.
+            block(ax, ay);
+            block(bx, by);
+        } else if (inside) {
+            doLine(ax, ay, bx, by, color, false);
+        } else if (ends) {
+            doCheckedLine(ax, ay, bx, by, color);
+        } else if (!(std::max(ax, bx) < 1 || std::max(ay, by) < 1 || std::min(ax, bx) >= m_width
+                     || std::min(ay, by) >= m_height)) {
+            // Both ends beyond the same edge: nothing of the line is in the picture.
+            doClippedLine(ax, ay, bx, by, color);
+        }
     }
 
     const QPoint last = points[count - 1];
@@ -114,11 +129,15 @@ QRect TrackRasterizer::drawTrack(const QPoint* points, int count, QRgb color)
                 continue;
             mark = m_stamp;
             doSquare(x, y, color);
-        } else if (inside || m_clip.contains(reach(p))) {
+        } else if (inside
+                   || (x - 2 >= m_clip.left() && x <= m_clip.right() && y - 2 >= m_clip.top()
+                       && y <= m_clip.bottom())) {
             // A track wholly inside has every square inside; a long one across the
             // video is too large to mark.
             doSquare(x, y, color);
-        } else {
+        } else if (x >= m_clip.left() && x - 2 <= m_clip.right() && y >= m_clip.top()
+                   && y - 2 <= m_clip.bottom()) {
+            // Partly inside.
             doBlock(x - 2, y - 2, 3, 3, color);
         }
     }

@@ -63,14 +63,32 @@ QSizeF ObjectsTableDelegate::textSize(const QString& text, const QFont& font, bo
     return staticText(text, font).size();
 }
 
+const QColor& ObjectsTableDelegate::gridColor(const QStyleOptionViewItem& option) const
+{
+    // The style works the colour out from the palette (a darker shade of the window's),
+    // which cost more than drawing the grid: it is asked again only when the style, the
+    // palette or the cell's state differ from the last cell's.
+    QStyle* style = styleOf(option);
+    const qint64 palette = option.palette.cacheKey();
+    if (!m_hasGrid || style != m_gridStyle || palette != m_gridPalette
+        || option.state != m_gridState) {
+        m_grid = QColor::fromRgba(
+            QRgb(style->styleHint(QStyle::SH_Table_GridLineColor, &option, option.widget)));
+        m_hasGrid = true;
+        m_gridStyle = style;
+        m_gridPalette = palette;
+        m_gridState = option.state;
+    }
+    return m_grid;
+}
+
 void ObjectsTableDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                                  const QModelIndex& index) const
 {
     // The grid line on the cell's right and bottom edge, where the view would draw it.
     const QRect cell = option.rect;
     const QRect rect = cell.adjusted(0, 0, -1, -1);
-    const QColor grid = QColor::fromRgba(
-        QRgb(styleOf(option)->styleHint(QStyle::SH_Table_GridLineColor, &option, option.widget)));
+    const QColor& grid = gridColor(option);
     painter->fillRect(QRect(cell.right(), cell.top(), 1, cell.height()), grid);
     painter->fillRect(QRect(cell.left(), cell.bottom(), cell.width() - 1, 1), grid);
     if (option.state & (QStyle::State_Selected | QStyle::State_HasFocus)) {
@@ -111,7 +129,10 @@ void ObjectsTableDelegate::drawText(QPainter* painter, const QStyleOptionViewIte
         // The usual case, a number that fits: only the pen is changed and given back
         // (a whole saved state costs as much as drawing the number).
         const QPen pen = painter->pen();
-        painter->setPen(color);
+        const QColor ink = color.isValid() ? color : QColor(Qt::black); // as the painter does
+        if (m_textPen.color() != ink)
+            m_textPen = QPen(ink);
+        painter->setPen(m_textPen);
         m_glyphs.draw(painter, placed.topLeft());
         painter->setPen(pen);
         return;

@@ -4,7 +4,10 @@
 
 #include <QFont>
 #include <QHash>
+#include <QPen>
+#include <QPointer>
 #include <QStaticText>
+#include <QStyle>
 #include <QStyledItemDelegate>
 
 class QTableView;
@@ -38,9 +41,19 @@ private:
     // The size of a text in a font, and whether it was laid out from the glyphs.
     QSizeF textSize(const QString& text, const QFont& font, bool* laidOut) const;
     const QStaticText& staticText(const QString& text, const QFont& font) const;
+    // The colour of the grid the style gives a cell.
+    const QColor& gridColor(const QStyleOptionViewItem& option) const;
 
     // Shaped texts for one font; dropped whole when the font changes or it grows large.
     mutable QHash<QString, QStaticText> m_texts;
     mutable QFont m_font;
     mutable GlyphText m_glyphs;
+    // The last text's pen: a pen made for every cell cost as much as its grid.
+    mutable QPen m_textPen;
+    // The last grid colour and what it was asked with.
+    mutable QColor m_grid;
+    mutable bool m_hasGrid = false;
+    mutable QPointer<QStyle> m_gridStyle; // empty again once that style is gone
+    mutable qint64 m_gridPalette = 0;
+    mutable QStyle::State m_gridState;
 };

@@ -6,6 +6,7 @@
 #include "objectcolor.h"
 #include "objectstabledelegate.h"
 #include "objectstableheader.h"
+#include "objectstableitem.h"
 #include "roadobject.h"
 #include "ui_objectstablewidget.h"
 
@@ -209,14 +210,24 @@ void ObjectsTableWidget::fillObjectRow(QTableWidget* table, int row, bool paintO
 
     for (int column = 0; column < table->columnCount(); ++column) {
         QTableWidgetItem* item = table->item(row, column);
+        const QString& text = column < ColumnCount ? texts[column] : QString();
+        if (item && item->type() == ObjectsTableItem::ItemType) {
+            // The caller tells the views of the whole row.
+            auto* cell = static_cast<ObjectsTableItem*>(item);
+            cell->setTextQuietly(text);
+            if (column == IdColumn)
+                cell->setColorsQuietly(QBrush(ObjectColor::base(colorIndex)),
+                                       QBrush(ObjectColor::text(colorIndex)));
+            continue;
+        }
         const bool created = !item;
         if (created) {
-            item = new QTableWidgetItem;
+            item = new ObjectsTableItem;
             item->setFlags(item->flags() & ~Qt::ItemIsEditable);
             item->setTextAlignment(column == IdColumn ? int(Qt::AlignCenter)
                                                       : int(Qt::AlignLeft | Qt::AlignVCenter));
         }
-        item->setText(column < ColumnCount ? texts[column] : QString());
+        item->setText(text);
         if (column == IdColumn) {
             item->setBackground(QBrush(ObjectColor::base(colorIndex)));
             item->setForeground(QBrush(ObjectColor::text(colorIndex)));

@@ -3,16 +3,19 @@
 #include "labelpictures.h"
 #include "schemegeometry.h"
 #include "schemelabelplacer.h"
+#include "trackrasterizer.h"
 
 #include <QStaticText>
 #include <QtTest>
 
 #include <cmath>
 #include <limits>
+#include <random>
 
 // The traffic scheme's headless parts: the mapping from metres to pixels in both
 // orientations, object glyph sizes and headings, the placing of side labels, and the
-// numbers its labels and the tables write, and the kept pictures of its labels.
+// numbers its labels and the tables write, the kept pictures of its labels, and the
+// current tracks as written pixel by pixel.
 class tst_SchemeGeometry : public QObject
 {
     Q_OBJECT
@@ -31,6 +34,8 @@ private slots:
     void labelPicturesLookAsDrawnInPlace_data();
     void labelPicturesLookAsDrawnInPlace();
     void labelPicturesFollowTheTraffic();
+    void tracksAsDrawnPointByPoint_data();
+    void tracksAsDrawnPointByPoint();
 
 private:
     // A 100 m road 20 m wide, centred on the radar's line.
@@ -353,11 +358,10 @@ void tst_SchemeGeometry::labelPicturesFollowTheTraffic()
     LabelPictures pictures;
     int drawn = 0;
     auto draw = [&](const QString& text) {
-        pictures.draw(p, QRect(0, 0, 60, 14), text, 0,
-                      [&](QPainter& onto, const QPoint& at) {
-                          ++drawn;
-                          onto.fillRect(QRect(at, QSize(60, 14)), Qt::white);
-                      });
+        pictures.draw(p, QRect(0, 0, 60, 14), text, 0, [&](QPainter& onto, const QPoint& at) {
+            ++drawn;
+            onto.fillRect(QRect(at, QSize(60, 14)), Qt::white);
+        });
     };
     int largest = 0;
     for (int frame = 0; frame < 20000; ++frame) {
@@ -378,6 +382,84 @@ void tst_SchemeGeometry::labelPicturesFollowTheTraffic()
         pictures.finishFrame();
     }
     QCOMPARE(drawn, 5000 * 8 + 3);
+}
+
+void tst_SchemeGeometry::tracksAsDrawnPointByPoint_data()
+{
+    QTest::addColumn<int>("step"); // the largest step between points, in pixels
+    QTest::addColumn<bool>("clipped");
+    QTest::addColumn<int>("repeats"); // one point in so many is repeated
+    QTest::newRow("neighbouring pixels") << 1 << false << 0;
+    QTest::newRow("neighbouring pixels, clipped") << 1 << true << 0;
+    QTest::newRow("long steps") << 12 << false << 0;
+    QTest::newRow("long steps, clipped") << 12 << true << 0;
+    QTest::newRow("a standing vehicle") << 1 << false << 2;
+    QTest::newRow("mixed steps, clipped, repeats") << 5 << true << 4;
+}
+
+void tst_SchemeGeometry::tracksAsDrawnPointByPoint()
+{
+    // Random tracks, each drawn over the last in another colour, against the tracks as
+    // promised, pixel by pixel: a 2 x 2 block up and left of every step of the line
+    // between two points, a 3 x 3 square up and left of every point but the last one's
+    // place, and nothing outside the clip.
+    QFETCH(int, step);
+    QFETCH(bool, clipped);
+    QFETCH(int, repeats);
+    std::mt19937 random(7);
+    const auto draw = [](QImage& image, const QRect& clip, const QPolygon& points, QRgb color) {
+        const auto block = [&](int x, int y, int size) {
+            for (int row = y - size + 1; row <= y; ++row)
+                for (int column = x - size + 1; column <= x; ++column)
+                    if (clip.contains(column, row))
+                        image.setPixel(column, row, color);
+        };
+        for (int i = 1; i < points.size(); ++i) {
+            const QPoint a = points.at(i - 1), b = points.at(i);
+            const int dx = std::abs(b.x() - a.x()), dy = -std::abs(b.y() - a.y());
+            for (int x = a.x(), y = a.y(), err = dx + dy; a != b;) {
+                block(x, y, 2);
+                if (x == b.x() && y == b.y())
+                    break;
+                const int e2 = 2 * err;
+                if (e2 >= dy) {
+                    err += dy;
+                    x += a.x() < b.x() ? 1 : -1;
+                }
+                if (e2 <= dx) {
+                    err += dx;
+                    y += a.y() < b.y() ? 1 : -1;
+                }
+            }
+        }
+        for (const QPoint& p : points)
+            if (p != points.last())
+                block(p.x(), p.y(), 3);
+    };
+    for (int track = 0; track < 300; ++track) {
+        QImage drawn(60, 40, QImage::Format_RGB32), expected(60, 40, QImage::Format_RGB32);
+        drawn.fill(Qt::black);
+        expected.fill(Qt::black);
+        const QRect clip
+            = clipped ? QRect(int(random() % 40), int(random() % 30), 20, 12) : drawn.rect();
+        TrackRasterizer rasterizer;
+        rasterizer.begin(&drawn, clip);
+        for (const QRgb color : {0xffff0000u, 0xff00ff00u}) {
+            QPolygon points;
+            QPoint p(1 + int(random() % 59), 1 + int(random() % 39));
+            for (int i = 0; i < 30; ++i) {
+                p += QPoint(int(random() % (2 * step + 1)) - step,
+                            int(random() % (2 * step + 1)) - step);
+                p = QPoint(std::clamp(p.x(), 1, 59), std::clamp(p.y(), 1, 39));
+                points << p;
+                if (repeats && random() % repeats == 0)
+                    points << p;
+            }
+            rasterizer.drawTrack(points, color);
+            draw(expected, clip, points, color);
+        }
+        QVERIFY2(drawn == expected, qPrintable(QString("track %1").arg(track)));
+    }
 }
 
 QTEST_MAIN(tst_SchemeGeometry)

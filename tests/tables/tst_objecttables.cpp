@@ -235,6 +235,12 @@ void tst_ObjectTables::oneRowPerObjectInArrivalOrder()
     frame({5, 3, 5});
     QCOMPARE(changed.size(), 2);
     QCOMPARE(changed[1][0].toModelIndex(), m_table->model()->index(0, 1));
+    // A cell set the usual way tells the views at once, and only of a change.
+    for (int i = 0; i < 2; ++i)
+        m_table->item(1, 3)->setText("x");
+    QCOMPARE(changed.size(), 3);
+    QCOMPARE(changed[2][0].toModelIndex(), m_table->model()->index(1, 3));
+    QCOMPARE(m_table->item(1, 3)->text(), "x");
     QStringList idsAndTimes;
     for (int row = 0; row < m_table->rowCount(); ++row)
         idsAndTimes << rowTexts(row)[0] + " " + rowTexts(row)[6];

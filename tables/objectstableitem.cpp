@@ -1,0 +1,61 @@
+#include "objectstableitem.h"
+
+#include <QTableWidget>
+
+ObjectsTableItem::ObjectsTableItem()
+    : QTableWidgetItem(ItemType)
+{ }
+
+void ObjectsTableItem::setTextQuietly(const QString& text)
+{
+    m_text = text;
+}
+
+void ObjectsTableItem::setColorsQuietly(const QBrush& background, const QBrush& foreground)
+{
+    m_background = background;
+    m_foreground = foreground;
+}
+
+QVariant* ObjectsTableItem::ownValue(int role)
+{
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::EditRole: return &m_text;
+    case Qt::BackgroundRole: return &m_background;
+    case Qt::ForegroundRole: return &m_foreground;
+    default: return nullptr;
+    }
+}
+
+QVariant ObjectsTableItem::data(int role) const
+{
+    if (QVariant* own = const_cast<ObjectsTableItem*>(this)->ownValue(role))
+        return *own;
+    return QTableWidgetItem::data(role);
+}
+
+void ObjectsTableItem::setData(int role, const QVariant& value)
+{
+    QVariant* own = ownValue(role);
+    if (!own) {
+        QTableWidgetItem::setData(role, value);
+        return;
+    }
+    if (*own == value)
+        return;
+    *own = value;
+    QTableWidget* table = tableWidget();
+    if (!table)
+        return;
+    const QModelIndex index = table->model()->index(table->row(this), table->column(this));
+    const QVector<int> roles = role == Qt::BackgroundRole || role == Qt::ForegroundRole
+                                   ? QVector<int>{role}
+                                   : QVector<int>{Qt::DisplayRole, Qt::EditRole};
+    emit table->model()->dataChanged(index, index, roles);
+}
+
+QTableWidgetItem* ObjectsTableItem::clone() const
+{
+    return new ObjectsTableItem(*this);
+}
