@@ -170,7 +170,10 @@ bool SchemeLabelPlacer::findPlace(const Label& label, const QSize& size, QRect& 
 
 bool SchemeLabelPlacer::isFree(const QRect& box) const
 {
-    return m_view.contains(box) && !m_labelGrid.hits(box, m_labels);
+    // QRect::contains, inline: most places tried are not free.
+    return box.left() >= m_view.left() && box.right() <= m_view.right()
+           && box.top() >= m_view.top() && box.bottom() <= m_view.bottom()
+           && !m_labelGrid.hits(box, m_labels);
 }
 
 bool SchemeLabelPlacer::coversNoGlyph(const QRect& box) const
