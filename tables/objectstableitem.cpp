@@ -17,27 +17,16 @@ void ObjectsTableItem::setColorsQuietly(const QBrush& background, const QBrush& 
     m_foreground = foreground;
 }
 
-QVariant* ObjectsTableItem::ownValue(int role)
-{
-    switch (role) {
-    case Qt::DisplayRole:
-    case Qt::EditRole: return &m_text;
-    case Qt::BackgroundRole: return &m_background;
-    case Qt::ForegroundRole: return &m_foreground;
-    default: return nullptr;
-    }
-}
-
 QVariant ObjectsTableItem::data(int role) const
 {
-    if (QVariant* own = const_cast<ObjectsTableItem*>(this)->ownValue(role))
+    if (const QVariant* own = ownValue(this, role))
         return *own;
     return QTableWidgetItem::data(role);
 }
 
 void ObjectsTableItem::setData(int role, const QVariant& value)
 {
-    QVariant* own = ownValue(role);
+    QVariant* own = ownValue(this, role);
     if (!own) {
         QTableWidgetItem::setData(role, value);
         return;

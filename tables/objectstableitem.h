@@ -25,7 +25,17 @@ public:
 
 private:
     // Where this item keeps a role itself; null for the roles the base item keeps.
-    QVariant* ownValue(int role);
+    template<typename Self> static auto ownValue(Self* self, int role)
+    {
+        using Value = decltype(&self->m_text); // const for a const item
+        switch (role) {
+        case Qt::DisplayRole:
+        case Qt::EditRole: return Value(&self->m_text);
+        case Qt::BackgroundRole: return Value(&self->m_background);
+        case Qt::ForegroundRole: return Value(&self->m_foreground);
+        default: return Value(nullptr);
+        }
+    }
 
     QVariant m_text;
     QVariant m_background;
