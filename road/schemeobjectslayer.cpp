@@ -31,7 +31,7 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         m_texts.clear();
         m_glyphs.setFont(m_measuredFont);
         m_labels.clear();
-        m_shortWidths.fill(-1);
+        m_shortWidths.fill(0);
     }
     m_placer.reset(QRect(QPoint(0, 0), g.size()));
     m_sideLabels.clear();
@@ -83,7 +83,7 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         side.request.size
             = QSize(textWidth(side.text, metrics) + 2 * LabelPadding, metrics.height());
         int& shortWidth = m_shortWidths[o.id];
-        if (shortWidth < 0)
+        if (shortWidth == 0)
             shortWidth = textWidth(shortText(o.id), metrics);
         side.request.shortSize = QSize(shortWidth + 2 * LabelPadding, metrics.height());
         m_sideLabels.append(side);

@@ -40,13 +40,6 @@ public:
     const QVector<SchemeLabelPlacer::Placement>& labels() const { return m_placements; }
 
 private:
-    static std::array<int, 256> filledWidths()
-    {
-        std::array<int, 256> widths;
-        widths.fill(-1);
-        return widths;
-    }
-
     struct SideLabel
     {
         quint8 id = 0;
@@ -84,7 +77,7 @@ private:
     std::array<Look, 256> m_looks;
     std::array<QString, 256> m_idTexts;
     std::array<QString, 256> m_shortTexts;
-    std::array<int, 256> m_shortWidths = filledWidths(); // of the short labels, -1 unknown
+    std::array<int, 256> m_shortWidths{}; // of the short labels, 0 not measured yet
     QVector<SideLabel> m_sideLabels;
     QVector<SchemeLabelPlacer::Placement> m_placements;
     bool m_paintObjects = false;

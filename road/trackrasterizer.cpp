@@ -97,7 +97,8 @@ QRect TrackRasterizer::drawTrack(const QPoint* points, int count, QRgb color)
             doCheckedLine(ax, ay, bx, by, color);
         } else if (!(std::max(ax, bx) < 1 || std::max(ay, by) < 1 || std::min(ax, bx) >= m_width
                      || std::min(ay, by) >= m_height)) {
-            // Both ends beyond the same edge: nothing of the line is in the picture.
+            // Cut to the picture, unless both ends lie beyond the same edge: then nothing
+            // of the line is in it.
             doClippedLine(ax, ay, bx, by, color);
         }
     }

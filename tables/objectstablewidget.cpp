@@ -207,19 +207,11 @@ void ObjectsTableWidget::fillObjectRow(QTableWidget* table, int row, bool paintO
     // Only the id cell carries the object's colours; without painting every object gets
     // the colours of entry 0.
     const quint8 colorIndex = paintObjects ? id : 0;
+    const QBrush background(ObjectColor::base(colorIndex));
+    const QBrush foreground(ObjectColor::text(colorIndex));
 
     for (int column = 0; column < table->columnCount(); ++column) {
         QTableWidgetItem* item = table->item(row, column);
-        const QString& text = column < ColumnCount ? texts[column] : QString();
-        if (item && item->type() == ObjectsTableItem::ItemType) {
-            // The caller tells the views of the whole row.
-            auto* cell = static_cast<ObjectsTableItem*>(item);
-            cell->setTextQuietly(text);
-            if (column == IdColumn)
-                cell->setColorsQuietly(QBrush(ObjectColor::base(colorIndex)),
-                                       QBrush(ObjectColor::text(colorIndex)));
-            continue;
-        }
         const bool created = !item;
         if (created) {
             item = new ObjectsTableItem;
@@ -227,13 +219,21 @@ void ObjectsTableWidget::fillObjectRow(QTableWidget* table, int row, bool paintO
             item->setTextAlignment(column == IdColumn ? int(Qt::AlignCenter)
                                                       : int(Qt::AlignLeft | Qt::AlignVCenter));
         }
-        item->setText(text);
-        if (column == IdColumn) {
-            item->setBackground(QBrush(ObjectColor::base(colorIndex)));
-            item->setForeground(QBrush(ObjectColor::text(colorIndex)));
+        const QString& text = column < ColumnCount ? texts[column] : QString();
+        if (item->type() == ObjectsTableItem::ItemType) {
+            // Quietly: a new cell goes into the table complete, so that the view hears of
+            // it once; the caller tells the views of a refilled row.
+            auto* cell = static_cast<ObjectsTableItem*>(item);
+            cell->setTextQuietly(text);
+            if (column == IdColumn)
+                cell->setColorsQuietly(background, foreground);
+        } else {
+            item->setText(text);
+            if (column == IdColumn) {
+                item->setBackground(background);
+                item->setForeground(foreground);
+            }
         }
-        // A new item goes into the table complete: the view then hears of the cell once
-        // rather than once per property.
         if (created)
             table->setItem(row, column, item);
     }
