@@ -36,6 +36,10 @@ constexpr int FrameIntervalMs = 5; // 200 cycles a second
 constexpr int WarmFrames = 3300; // tracks beyond their 3000 points, the history full
 constexpr int FollowFrom = 100; // the history has more rows than it shows
 constexpr double RoadEnd = 300.0;
+// The radar's steps.
+constexpr double RangeStep = 0.064;
+constexpr double SpeedStep = 0.1;
+constexpr double LengthStep = 0.2;
 
 // The demo road: four lanes with a median strip and roadsides, a gentle left curve.
 const char* RoadJson = R"({"origin_offset": 0,
@@ -45,6 +49,12 @@ const char* RoadJson = R"({"origin_offset": 0,
               "3": {"width": 2.5, "is_lane": false}},
     "sections": [{"length": 60}, {"is_curved": true, "length": 140, "radius": 800},
                  {"length": 100}]})";
+
+// A value in whole steps, as the client computes it from the record's integer field.
+double radarStep(double value, double step)
+{
+    return std::round(value / step) * step;
+}
 
 qint64 threadCpuNs()
 {
@@ -194,14 +204,19 @@ int main(int argc, char* argv[])
             const double y = (lane - 1.5) * 3.5 + x[i] * x[i] / 8000.0 * (x[i] > 60 ? 1 : 0)
                              + 0.1 * std::sin(f * 0.05 + i);
             const QDateTime detected = (i % 20 == 0 && f % 7 == 0) ? older : time;
-            const double length = 4.0 + i % 12;
-            // Measured speeds wander by a few tenths of a km/h from frame to frame.
-            const double v = speed[i] + 0.1 * std::sin(f * 0.3 + i);
-            helper.addObject(quint8(i), v, 0.1, x[i], y, length, detected);
-            scheme.addObject(quint8(i), v, 0.1, x[i], y, length, detected);
-            table.addObject(quint8(i), v, 0.1, x[i], y, length, detected);
-            history.addObject(quint8(i), v, 0.1, x[i], y, length, detected);
-            projection.addObject(quint8(i), v, 0.1, x[i], y, length, detected);
+            // Values as the client decodes them from the radar's records: ranges in
+            // 0.064 m, speeds in 0.1 m/s and lengths in 0.2 m steps. Measured speeds
+            // wander by a step from frame to frame.
+            const double xRange = radarStep(x[i], RangeStep);
+            const double yRange = radarStep(y, RangeStep);
+            const double length = radarStep(4.0 + i % 12, LengthStep);
+            const double v = radarStep(speed[i] + 0.1 * std::sin(f * 0.3 + i), SpeedStep);
+            const double vy = SpeedStep;
+            helper.addObject(quint8(i), v, vy, xRange, yRange, length, detected);
+            scheme.addObject(quint8(i), v, vy, xRange, yRange, length, detected);
+            table.addObject(quint8(i), v, vy, xRange, yRange, length, detected);
+            history.addObject(quint8(i), v, vy, xRange, yRange, length, detected);
+            projection.addObject(quint8(i), v, vy, xRange, yRange, length, detected);
         }
         table.finishFilling();
         history.finishFilling();

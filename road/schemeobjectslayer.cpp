@@ -33,10 +33,12 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         m_labels.clear();
         m_shortWidths.fill(0);
     }
-    m_placer.reset(QRect(QPoint(0, 0), g.size()));
+    const QRect view(QPoint(0, 0), g.size());
+    m_placer.reset(view);
     m_sideLabels.clear();
     m_placements.clear();
     const QString speedFormat = tr("%1 km/h");
+    const bool boxPictures = BoxPictures::canCopy(painter);
 
     for (quint8 id : order) {
         const auto it = objects.constFind(id);
@@ -55,16 +57,22 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
                   : QRect(QPoint(0, -width / 2), QPoint(length - 2, width - width / 2 - 2));
         const QPoint at = g.xyToScreen(o.xRange, o.yRange);
 
+        const qreal heading = -g.objectHeading(o.xSpeed, o.ySpeed);
         QTransform transform;
         transform.translate(at.x(), at.y());
-        transform.rotate(-g.objectHeading(o.xSpeed, o.ySpeed));
-        painter.setTransform(transform);
-        painter.setPen(look.outline);
-        painter.setBrush(look.fill);
-        painter.drawRect(body);
+        transform.rotate(heading);
+        if (boxPictures) {
+            m_boxes.draw(painter, view, at, body, heading, colorId, look.outline, look.fill);
+        } else {
+            painter.setTransform(transform);
+            painter.setPen(look.outline);
+            painter.setBrush(look.fill);
+            painter.drawRect(body);
+        }
         const QRect glyph = transform.mapRect(body).adjusted(0, 0, 1, 1);
         m_placer.addGlyph(glyph);
         if (length >= MinLabelledSize && width >= MinLabelledSize) {
+            painter.setTransform(transform);
             painter.setPen(look.ink);
             painter.drawText(body, Qt::AlignCenter, idText(o.id));
             continue;
@@ -112,6 +120,7 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         });
     }
     m_labels.finishFrame();
+    m_boxes.finishFrame();
 }
 
 const SchemeObjectsLayer::Look& SchemeObjectsLayer::look(quint8 colorId)

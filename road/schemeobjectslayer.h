@@ -1,5 +1,6 @@
 #pragma once
 
+#include "boxpictures.h"
 #include "glyphtext.h"
 #include "labelpictures.h"
 #include "roadobject.h"
@@ -74,6 +75,7 @@ private:
     GlyphText m_glyphs;
     QHash<QString, QStaticText> m_texts;
     LabelPictures m_labels; // by text and colour entry
+    BoxPictures m_boxes; // by box, heading and colour entry
     std::array<Look, 256> m_looks;
     std::array<QString, 256> m_idTexts;
     std::array<QString, 256> m_shortTexts;

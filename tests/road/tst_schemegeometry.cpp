@@ -1,6 +1,8 @@
+#include "boxpictures.h"
 #include "fixedtext.h"
 #include "glyphtext.h"
 #include "labelpictures.h"
+#include "objectcolor.h"
 #include "schemegeometry.h"
 #include "schemelabelplacer.h"
 #include "trackrasterizer.h"
@@ -34,6 +36,8 @@ private slots:
     void labelPicturesLookAsDrawnInPlace_data();
     void labelPicturesLookAsDrawnInPlace();
     void labelPicturesFollowTheTraffic();
+    void boxPicturesAsDrawnInPlace_data();
+    void boxPicturesAsDrawnInPlace();
     void tracksAsDrawnPointByPoint_data();
     void tracksAsDrawnPointByPoint();
 
@@ -382,6 +386,77 @@ void tst_SchemeGeometry::labelPicturesFollowTheTraffic()
         pictures.finishFrame();
     }
     QCOMPARE(drawn, 5000 * 8 + 3);
+}
+
+void tst_SchemeGeometry::boxPicturesAsDrawnInPlace_data()
+{
+    QTest::addColumn<bool>("anyHeading"); // else a few headings, as 0.1 m/s steps give
+    QTest::addColumn<int>("margin"); // how far past the window's edges boxes may go
+    QTest::newRow("any heading, inside") << true << -30;
+    QTest::newRow("any heading, across the edges") << true << 20;
+    QTest::newRow("few headings, across the edges") << false << 20;
+}
+
+void tst_SchemeGeometry::boxPicturesAsDrawnInPlace()
+{
+    // Turned boxes copied from their pictures have the pixels of boxes drawn in place,
+    // at every heading and size, wholly inside the window or cut by its edges; boxes
+    // alike share a picture.
+    QFETCH(bool, anyHeading);
+    QFETCH(int, margin);
+    const QSize size(300, 200);
+    auto window = [&](qreal ratio = 1.0) {
+        QImage image(QSizeF(size * ratio).toSize(), QImage::Format_RGB32);
+        image.setDevicePixelRatio(ratio);
+        image.fill(QColor(0, 40, 40));
+        return image;
+    };
+    QImage copied = window();
+    QImage drawn = window();
+    BoxPictures pictures;
+    std::mt19937 random(7);
+    auto uniform
+        = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
+    const QRect view(QPoint(0, 0), size);
+    QPainter c(&copied);
+    QPainter d(&drawn);
+    QVERIFY(BoxPictures::canCopy(c));
+    for (int i = 0; i < 3000; ++i) {
+        const int length = uniform(3, 30);
+        const int width = uniform(2, 12);
+        const QRect body(QPoint(0, -width / 2), QPoint(length - 2, width - width / 2 - 2));
+        const qreal degrees = anyHeading ? std::uniform_real_distribution<qreal>(-90, 90)(random)
+                                         : std::atan2(0.1 * uniform(-2, 2), 20.0) * 180 / M_PI;
+        const QPoint at(uniform(-margin, size.width() + margin),
+                        uniform(-margin, size.height() + margin));
+        const quint8 look = quint8(uniform(0, 3));
+        const QColor& colour = ObjectColor::base(look);
+        const QPen outline(colour, 1.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin);
+        pictures.draw(c, view, at, body, degrees, look, outline, QBrush(colour));
+        QTransform transform;
+        transform.translate(at.x(), at.y());
+        transform.rotate(degrees);
+        d.setTransform(transform);
+        d.setPen(outline);
+        d.setBrush(colour);
+        d.drawRect(body);
+    }
+    c.end();
+    d.end();
+    QCOMPARE(copied, drawn);
+
+    // The same box at many places: one picture. Smoothed or scaled, boxes are drawn in
+    // place.
+    BoxPictures again;
+    QImage image = window();
+    QPainter p(&image);
+    for (int x = 10; x < 250; x += 17)
+        again.draw(p, view, QPoint(x, 100), QRect(0, -3, 12, 6), 12.5, 0, QPen(Qt::red), Qt::red);
+    QCOMPARE(again.size(), 1);
+    p.setRenderHint(QPainter::Antialiasing);
+    QVERIFY(!BoxPictures::canCopy(p));
+    QImage scaled = window(2.0);
+    QVERIFY(!BoxPictures::canCopy(QPainter(&scaled)));
 }
 
 void tst_SchemeGeometry::tracksAsDrawnPointByPoint_data()

@@ -1,0 +1,89 @@
+#include "boxpictures.h"
+
+#include "labelpictures.h"
+
+#include <QBrush>
+#include <QPainter>
+#include <QPen>
+
+#include <cstring>
+
+namespace {
+// Pixels around the turned rectangle's bounds that its outline may reach: half the pen
+// and the square caps, rounded out.
+constexpr int Reach = 2;
+} // namespace
+
+uint qHash(const BoxPictures::Key& key, uint seed)
+{
+    uint hash = seed;
+    for (quint64 part : {quint64(quint32(key.body.left())), quint64(quint32(key.body.top())),
+                         quint64(quint32(key.body.width())), quint64(quint32(key.body.height())),
+                         key.degrees, quint64(key.look)})
+        hash = hash * 31 + ::qHash(part);
+    return hash;
+}
+
+bool BoxPictures::canCopy(const QPainter& painter)
+{
+    return LabelPictures::drawsOneToOne(painter) && !painter.testRenderHint(QPainter::Antialiasing);
+}
+
+void BoxPictures::finishFrame()
+{
+    // Every half of the frames kept.
+    if (++m_frame % (KeptFrames / 2) != 0)
+        return;
+    for (auto it = m_pictures.begin(); it != m_pictures.end();) {
+        if (it->lastFrame + KeptFrames <= m_frame)
+            it = m_pictures.erase(it);
+        else
+            ++it;
+    }
+}
+
+void BoxPictures::draw(QPainter& painter, const QRect& view, const QPoint& at, const QRect& body,
+                       qreal degrees, quint32 look, const QPen& outline, const QBrush& fill)
+{
+    QTransform turn;
+    turn.rotate(degrees);
+    const QRect reach = turn.mapRect(body).adjusted(-Reach, -Reach, Reach, Reach);
+    if (!view.contains(reach.translated(at))) {
+        QTransform placed;
+        placed.translate(at.x(), at.y());
+        placed.rotate(degrees);
+        painter.setTransform(placed);
+        painter.setPen(outline);
+        painter.setBrush(fill);
+        painter.drawRect(body);
+        painter.resetTransform();
+        return;
+    }
+    Key key;
+    key.body = body;
+    std::memcpy(&key.degrees, &degrees, sizeof key.degrees);
+    key.look = look;
+    auto it = m_pictures.find(key);
+    if (it == m_pictures.end()) {
+        if (m_pictures.size() >= Limit)
+            m_pictures.clear();
+        Picture picture;
+        picture.image = QImage(reach.size(), QImage::Format_ARGB32_Premultiplied);
+        picture.image.fill(Qt::transparent);
+        picture.offset = reach.topLeft();
+        {
+            QPainter onPicture(&picture.image);
+            onPicture.setRenderHints(painter.renderHints());
+            onPicture.translate(-reach.left(), -reach.top());
+            onPicture.rotate(degrees);
+            onPicture.setPen(outline);
+            onPicture.setBrush(fill);
+            onPicture.drawRect(body);
+        }
+        it = m_pictures.insert(key, picture);
+    }
+    it->lastFrame = m_frame;
+    if (painter.worldTransform().type() != QTransform::TxNone)
+        painter.resetTransform();
+    painter.drawImage(at + it->offset, it->image);
+}
