@@ -56,13 +56,18 @@ void ProjectionRoad::apply(const CameraModel& model)
 
 void ProjectionRoad::fitAverageTracks(const CameraModel& model)
 {
-    ++m_version;
-    m_screenAverageTracks.clear();
-    if (!model.isValid())
-        return;
-    for (auto it = m_averageTracks.cbegin(); it != m_averageTracks.cend(); ++it) {
-        QPolygon pixels = project(it.value(), model);
-        if (pixels.size() > 1)
-            m_screenAverageTracks.insert(it.key(), pixels);
+    // The tracks come every few cycles while they barely move: the version, which
+    // redraws the picture under the frames, moves only when a track moved by a pixel.
+    QMap<int, QPolygon> screen;
+    if (model.isValid()) {
+        for (auto it = m_averageTracks.cbegin(); it != m_averageTracks.cend(); ++it) {
+            QPolygon pixels = project(it.value(), model);
+            if (pixels.size() > 1)
+                screen.insert(it.key(), pixels);
+        }
     }
+    if (screen == m_screenAverageTracks)
+        return;
+    m_screenAverageTracks = screen;
+    ++m_version;
 }

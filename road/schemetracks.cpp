@@ -121,10 +121,15 @@ void SchemeTracks::setAverageTracks(const QMap<int, QPolygonF>& tracks,
                                     const SchemeGeometry& geometry)
 {
     m_averageTracks = tracks;
-    m_averageScreenTracks.clear();
-    ++m_averageVersion;
-    if (!geometry.isValid())
+    // The helper sends its tracks every few cycles while they barely move: the picture
+    // under the frames is drawn again only when a track moved by a pixel.
+    QList<QPolygon> screen;
+    if (geometry.isValid()) {
+        for (const QPolygonF& track : tracks)
+            screen.append(geometry.toScreen(track));
+    }
+    if (screen == m_averageScreenTracks)
         return;
-    for (const QPolygonF& track : tracks)
-        m_averageScreenTracks.append(geometry.toScreen(track));
+    m_averageScreenTracks = screen;
+    ++m_averageVersion;
 }

@@ -50,9 +50,10 @@ public:
     }
 
 private:
-    // Small enough that an insertion moves a few kilobytes, large enough that the chunk
-    // index of a full history stays short.
-    static constexpr int ChunkCapacity = 512;
+    // Small enough that an insertion moves a few kilobytes (each of a frame's 64 new rows
+    // lands in another chunk, most of them long out of the cache), large enough that the
+    // chunk index of a full history (about a thousand chunks) stays short.
+    static constexpr int ChunkCapacity = 128;
 
     // The chunk that holds the row, or, for a position just past a chunk's end, that
     // chunk (an insertion there extends it).

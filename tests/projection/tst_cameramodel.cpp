@@ -1,5 +1,8 @@
 #include "cameramodel.h"
+#include "projectionroad.h"
 #include "projectiontracks.h"
+#include "schemegeometry.h"
+#include "schemetracks.h"
 #include "tvmsconfig.h"
 
 #include <QJsonArray>
@@ -24,6 +27,8 @@ private slots:
     void badConfiguration_data();
     void badConfiguration();
     void tracksKeepVisibleDetections();
+    void averageTracksRedrawnWhenAPixelMoves_data();
+    void averageTracksRedrawnWhenAPixelMoves();
 
 private:
     // Radar 6 m up, looking along X 10 degrees down, a 60 degree lens on 640 x 480.
@@ -274,3 +279,44 @@ void tst_CameraModel::tracksKeepVisibleDetections()
 
 QTEST_APPLESS_MAIN(tst_CameraModel)
 #include "tst_cameramodel.moc"
+
+void tst_CameraModel::averageTracksRedrawnWhenAPixelMoves_data()
+{
+    // The helper sends its average tracks every few cycles while they barely move; the
+    // road's version (which redraws the picture under the frames) moves only with a
+    // pixel, on the overlay as on the traffic scheme.
+    QTest::addColumn<double>("shift"); // metres across, the tracks sent a second time
+    QTest::addColumn<bool>("redrawn");
+    QTest::newRow("the same tracks") << 0.0 << false;
+    QTest::newRow("a millimetre across") << 0.001 << false;
+    QTest::newRow("a metre across") << 1.0 << true;
+}
+
+void tst_CameraModel::averageTracksRedrawnWhenAPixelMoves()
+{
+    QFETCH(double, shift);
+    QFETCH(bool, redrawn);
+    const CameraModel m = model();
+    auto tracks = [](double y) {
+        QMap<int, QPolygonF> lanes;
+        lanes.insert(1, QPolygonF(QVector<QPointF>{QPointF(40, y), QPointF(80, y)}));
+        lanes.insert(2, QPolygonF(QVector<QPointF>{QPointF(40, y + 3.5), QPointF(80, y + 3.5)}));
+        return lanes;
+    };
+    ProjectionRoad road;
+    road.setAverageTracks(tracks(-1.75));
+    road.fitAverageTracks(m);
+    QCOMPARE(road.screenAverageTracks().size(), 2);
+    const quint64 before = road.version();
+    road.setAverageTracks(tracks(-1.75 + shift));
+    road.fitAverageTracks(m);
+    QCOMPARE(road.version() != before, redrawn);
+
+    SchemeGeometry g;
+    g.rescale(QRectF(0, -10, 100, 20), QSize(540, 208), false, true);
+    SchemeTracks scheme;
+    scheme.setAverageTracks(tracks(-1.75), g);
+    const quint64 schemeBefore = scheme.averageVersion();
+    scheme.setAverageTracks(tracks(-1.75 + shift), g);
+    QCOMPARE(scheme.averageVersion() != schemeBefore, redrawn);
+}
