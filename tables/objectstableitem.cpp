@@ -1,5 +1,7 @@
 #include "objectstableitem.h"
 
+#include "fixedtext.h"
+
 #include <QTableWidget>
 
 ObjectsTableItem::ObjectsTableItem()
@@ -9,6 +11,15 @@ ObjectsTableItem::ObjectsTableItem()
 void ObjectsTableItem::setTextQuietly(const QString& text)
 {
     m_text = text;
+}
+
+void ObjectsTableItem::setNumberQuietly(double value, int decimals)
+{
+    // A text held by the variant is written in place: the views took their copies of it
+    // while painting and gave them back, so a new frame usually finds it unshared.
+    if (m_text.userType() != QMetaType::QString)
+        m_text = QString();
+    FixedText::write(value, decimals, static_cast<QString*>(m_text.data()));
 }
 
 void ObjectsTableItem::setColorsQuietly(const QBrush& background, const QBrush& foreground)

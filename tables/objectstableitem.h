@@ -17,6 +17,9 @@ public:
 
     // The cell's text, and for the id cell its colours, without a word to the model.
     void setTextQuietly(const QString& text);
+    // The text of a number with a fixed count of decimals, written over the cell's own
+    // text where it can, without a word to the model.
+    void setNumberQuietly(double value, int decimals);
     void setColorsQuietly(const QBrush& background, const QBrush& foreground);
 
     QVariant data(int role) const override;

@@ -17,12 +17,64 @@
 #include <QSignalBlocker>
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 namespace {
 constexpr int SpeedDecimals = 1;
 constexpr int RangeDecimals = 2;
 constexpr int LengthDecimals = 1;
+
+// A value column's decimals, and its value as shown (speeds in km/h); -1 for the other
+// columns.
+int decimalsOf(int column)
+{
+    switch (column) {
+    case ObjectsTableWidget::XSpeedColumn:
+    case ObjectsTableWidget::YSpeedColumn: return SpeedDecimals;
+    case ObjectsTableWidget::XRangeColumn:
+    case ObjectsTableWidget::YRangeColumn: return RangeDecimals;
+    case ObjectsTableWidget::LengthColumn: return LengthDecimals;
+    default: return -1;
+    }
+}
+
+double shownValue(int column, double value)
+{
+    const bool speed
+        = column == ObjectsTableWidget::XSpeedColumn || column == ObjectsTableWidget::YSpeedColumn;
+    return speed ? RoadObject::kmh(value) : value;
+}
+
+// Each id's text and each colour entry's brushes, made once: a frame refills every row,
+// and a brush made anew allocates.
+const QString& idText(quint8 id)
+{
+    static std::array<QString, 256> texts;
+    QString& text = texts[id];
+    if (text.isNull())
+        text = QString::number(id);
+    return text;
+}
+
+struct CellBrushes
+{
+    bool made = false;
+    QBrush background;
+    QBrush foreground;
+};
+
+const CellBrushes& cellBrushes(quint8 colorIndex)
+{
+    static std::array<CellBrushes, 256> brushes;
+    CellBrushes& entry = brushes[colorIndex];
+    if (!entry.made) {
+        entry.background = QBrush(ObjectColor::base(colorIndex));
+        entry.foreground = QBrush(ObjectColor::text(colorIndex));
+        entry.made = true;
+    }
+    return entry;
+}
 
 // The widest value each column usually shows: a vehicle against X at motorway speed,
 // the far end of the radar's range, a long truck, a time of day.
@@ -174,14 +226,8 @@ void ObjectsTableWidget::finishFilling()
 
 QString ObjectsTableWidget::valueText(int column, double value)
 {
-    switch (column) {
-    case XSpeedColumn:
-    case YSpeedColumn: return FixedText::number(RoadObject::kmh(value), SpeedDecimals);
-    case XRangeColumn:
-    case YRangeColumn: return FixedText::number(value, RangeDecimals);
-    case LengthColumn: return FixedText::number(value, LengthDecimals);
-    default: return QString();
-    }
+    const int decimals = decimalsOf(column);
+    return decimals < 0 ? QString() : FixedText::number(shownValue(column, value), decimals);
 }
 
 QString ObjectsTableWidget::headerText(int column)
@@ -195,20 +241,10 @@ void ObjectsTableWidget::fillObjectRow(QTableWidget* table, int row, bool paintO
                                        double xSpeed, double ySpeed, double xRange, double yRange,
                                        double length, const QString& updateTime)
 {
-    const QString texts[ColumnCount] = {
-        QString::number(id),
-        valueText(XSpeedColumn, xSpeed),
-        valueText(YSpeedColumn, ySpeed),
-        valueText(XRangeColumn, xRange),
-        valueText(YRangeColumn, yRange),
-        valueText(LengthColumn, length),
-        updateTime,
-    };
+    const double values[ColumnCount] = {0.0, xSpeed, ySpeed, xRange, yRange, length, 0.0};
     // Only the id cell carries the object's colours; without painting every object gets
     // the colours of entry 0.
-    const quint8 colorIndex = paintObjects ? id : 0;
-    const QBrush background(ObjectColor::base(colorIndex));
-    const QBrush foreground(ObjectColor::text(colorIndex));
+    const CellBrushes& brushes = cellBrushes(paintObjects ? id : 0);
 
     for (int column = 0; column < table->columnCount(); ++column) {
         QTableWidgetItem* item = table->item(row, column);
@@ -219,19 +255,28 @@ void ObjectsTableWidget::fillObjectRow(QTableWidget* table, int row, bool paintO
             item->setTextAlignment(column == IdColumn ? int(Qt::AlignCenter)
                                                       : int(Qt::AlignLeft | Qt::AlignVCenter));
         }
-        const QString& text = column < ColumnCount ? texts[column] : QString();
+        const int decimals = column < ColumnCount ? decimalsOf(column) : -1;
         if (item->type() == ObjectsTableItem::ItemType) {
             // Quietly: a new cell goes into the table complete, so that the view hears of
-            // it once; the caller tells the views of a refilled row.
+            // it once; the caller tells the views of a refilled row. Numbers are written
+            // over the cell's own text.
             auto* cell = static_cast<ObjectsTableItem*>(item);
-            cell->setTextQuietly(text);
+            if (decimals >= 0)
+                cell->setNumberQuietly(shownValue(column, values[column]), decimals);
+            else
+                cell->setTextQuietly(column == IdColumn        ? idText(id)
+                                     : column == UpdatedColumn ? updateTime
+                                                               : QString());
             if (column == IdColumn)
-                cell->setColorsQuietly(background, foreground);
+                cell->setColorsQuietly(brushes.background, brushes.foreground);
         } else {
-            item->setText(text);
+            item->setText(decimals >= 0             ? valueText(column, values[column])
+                          : column == IdColumn      ? idText(id)
+                          : column == UpdatedColumn ? updateTime
+                                                    : QString());
             if (column == IdColumn) {
-                item->setBackground(background);
-                item->setForeground(foreground);
+                item->setBackground(brushes.background);
+                item->setForeground(brushes.foreground);
             }
         }
         if (created)

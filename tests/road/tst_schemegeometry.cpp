@@ -243,13 +243,28 @@ void tst_SchemeGeometry::fixedNumbersReadAsQtWritesThem()
     QFETCH(int, decimals);
     QFETCH(double, step);
     QFETCH(double, offset);
-    for (double k = std::ceil(-400.0 / step); k * step <= 400.0; ++k) {
-        const double value = k * step + offset;
-        QCOMPARE(FixedText::number(value, decimals), QString::number(value, 'f', decimals));
-    }
+    // Written over a kept text, in place or not, the same; a copy of the kept text taken
+    // before (every other time) keeps what it read.
+    QString kept;
+    int count = 0;
+    auto check = [&](double value) {
+        const QString expected = QString::number(value, 'f', decimals);
+        QCOMPARE(FixedText::number(value, decimals), expected);
+        const bool share = ++count % 2 == 0;
+        const QString before = share ? kept : QString();
+        const QString read(kept.constData(), kept.size());
+        FixedText::write(value, decimals, &kept);
+        QCOMPARE(kept, expected);
+        if (share)
+            QCOMPARE(before, read);
+    };
+    for (double k = std::ceil(-400.0 / step); k * step <= 400.0 && !QTest::currentTestFailed(); ++k)
+        check(k * step + offset);
     const double inf = std::numeric_limits<double>::infinity();
-    for (double value : {0.0, -0.0, -1e-300, -0.004, 1e300, inf, -inf, std::nan("")})
-        QCOMPARE(FixedText::number(value, decimals), QString::number(value, 'f', decimals));
+    for (double value : {0.0, -0.0, -1e-300, -0.004, 1e300, inf, -inf, std::nan("")}) {
+        if (!QTest::currentTestFailed())
+            check(value);
+    }
 }
 
 void tst_SchemeGeometry::labelPicturesLookAsDrawnInPlace_data()
