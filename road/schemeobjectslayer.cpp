@@ -39,6 +39,7 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
     m_placements.clear();
     const QString speedFormat = tr("%1 km/h");
     const bool boxPictures = BoxPictures::canCopy(painter);
+    const int lineHeight = metrics.height();
 
     for (quint8 id : order) {
         const auto it = objects.constFind(id);
@@ -88,12 +89,11 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
         side.request.anchor = at;
         side.request.glyph = glyph;
         side.request.clearance = std::max(length, width) + LabelClearance;
-        side.request.size
-            = QSize(textWidth(side.text, metrics) + 2 * LabelPadding, metrics.height());
+        side.request.size = QSize(textWidth(side.text, metrics) + 2 * LabelPadding, lineHeight);
         int& shortWidth = m_shortWidths[o.id];
         if (shortWidth == 0)
             shortWidth = textWidth(shortText(o.id), metrics);
-        side.request.shortSize = QSize(shortWidth + 2 * LabelPadding, metrics.height());
+        side.request.shortSize = QSize(shortWidth + 2 * LabelPadding, lineHeight);
         m_sideLabels.append(side);
     }
     painter.resetTransform();
