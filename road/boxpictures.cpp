@@ -12,6 +12,9 @@ namespace {
 // Pixels around the turned rectangle's bounds that its outline may reach: half the pen
 // and the square caps, rounded out.
 constexpr int Reach = 2;
+// Larger boxes (a long truck on a zoomed-in scheme) are drawn in place: they are few,
+// and a picture of each heading would cost memory.
+constexpr int MaxPicturePixels = 64 * 64;
 } // namespace
 
 uint qHash(const BoxPictures::Key& key, uint seed)
@@ -48,7 +51,8 @@ void BoxPictures::draw(QPainter& painter, const QRect& view, const QPoint& at, c
     QTransform turn;
     turn.rotate(degrees);
     const QRect reach = turn.mapRect(body).adjusted(-Reach, -Reach, Reach, Reach);
-    if (!view.contains(reach.translated(at))) {
+    if (!view.contains(reach.translated(at))
+        || qint64(reach.width()) * reach.height() > MaxPicturePixels) {
         QTransform placed;
         placed.translate(at.x(), at.y());
         placed.rotate(degrees);

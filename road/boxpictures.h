@@ -19,8 +19,8 @@ class QPen;
 // Boxes are aliased and opaque, so a copied box has exactly the pixels of one drawn in
 // place: the rasterizer's pixels do not change when the box is moved by whole pixels.
 // A box that reaches past the view is drawn in place, as the clipped outline can differ
-// from the whole one at the cut, and so is every box where the painter does not draw
-// one to one or smooths edges.
+// from the whole one at the cut, and so are large boxes and every box where the painter
+// does not draw one to one or smooths edges.
 class BoxPictures
 {
 public:

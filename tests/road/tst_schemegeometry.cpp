@@ -468,6 +468,9 @@ void tst_SchemeGeometry::boxPicturesAsDrawnInPlace()
     for (int x = 10; x < 250; x += 17)
         again.draw(p, view, QPoint(x, 100), QRect(0, -3, 12, 6), 12.5, 0, QPen(Qt::red), Qt::red);
     QCOMPARE(again.size(), 1);
+    // A long truck close up is drawn in place: no picture of it is kept.
+    again.draw(p, view, QPoint(150, 100), QRect(0, -20, 120, 40), 3.0, 0, QPen(Qt::red), Qt::red);
+    QCOMPARE(again.size(), 1);
     p.setRenderHint(QPainter::Antialiasing);
     QVERIFY(!BoxPictures::canCopy(p));
     QImage scaled = window(2.0);
