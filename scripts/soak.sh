@@ -2,7 +2,9 @@
 # Soak test: the application (offscreen) against the radar server simulator, while the
 # simulator is restarted again and again with each fault it can inject, in turn, and
 # then without. Fails when the application dies, when its resident memory grows more
-# than 5 % beyond the first minute's (medians of each minute's samples, five a second),
+# than 5 % beyond its settled level (medians of each minute's samples, five a second:
+# in a soak of three minutes or more, the second minute's; in a shorter one, the
+# first's),
 # or when the radar link is not back to Working within 3 s after a fault ends (the
 # clean simulator listens again).
 #
@@ -104,7 +106,13 @@ observer_pid=$!
 
 # Memory is judged by the median of each minute's samples: the application takes and
 # gives back a picture's worth (2 MB) now and then, which a single sample would see
-# as growth; a leak raises the whole minute.
+# as growth; a leak raises the whole minute. The first minute is the warm-up where the
+# soak is long enough to leave it out: the history fills, the views keep their
+# pictures, the allocator settles, and RSS steps by a picture or two at moments that
+# vary from run to run (a trace of one run: 41.8 MB at 10 s, 43.7 MB from 20 s, 45.0 MB
+# from 80 s on, with dips back), so a first-minute baseline flagged growth by chance.
+baseline_minute=1
+((duration >= 180)) && baseline_minute=2
 baseline_kb=0 worst_kb=0 first_kb=0 last_kb=0 peak_kb=0 samples=0 minute=0
 minute_samples=()
 worst_recovery_ms=0 cycles=0
@@ -116,13 +124,14 @@ judge_minute() {
     minute_samples=()
     minute=$((minute + 1))
     echo "soak: minute $minute: resident memory median $m kB" >>"$work/memory.log"
-    if ((minute == 1)); then
+    ((minute < baseline_minute)) && return 0
+    if ((minute == baseline_minute)); then
         baseline_kb=$m
         return 0
     fi
     ((m > worst_kb)) && worst_kb=$m
     ((m * 100 > baseline_kb * 105)) \
-        && fail "resident memory: minute $minute's median ${m} kB is more than 5 % above the first minute's ${baseline_kb} kB"
+        && fail "resident memory: minute $minute's median ${m} kB is more than 5 % above minute ${baseline_minute}'s ${baseline_kb} kB"
     return 0
 }
 # Called often: the application must be alive, and its memory within bounds.
@@ -195,5 +204,5 @@ check_app
 growth="n/a"
 ((worst_kb > 0)) && growth=$(awk -v w="$worst_kb" -v b="$baseline_kb" 'BEGIN {printf "%+.1f %%", (w - b) * 100 / b}')
 echo "soak: $(( ($(now_ms) - start_ms) / 1000 )) s, $cycles fault cycles, worst recovery ${worst_recovery_ms} ms"
-echo "soak: resident memory: ${first_kb} kB at start; per-minute median ${baseline_kb} kB in the first minute, at most ${worst_kb} kB after it (${growth}); highest sample ${peak_kb} kB, ${last_kb} kB at the end; $samples samples"
+echo "soak: resident memory: ${first_kb} kB at start; per-minute median ${baseline_kb} kB in minute ${baseline_minute}, at most ${worst_kb} kB after it (${growth}); highest sample ${peak_kb} kB, ${last_kb} kB at the end; $samples samples"
 echo "soak: the application never died; OK"
