@@ -22,7 +22,7 @@ uint qHash(const BoxPictures::Key& key, uint seed)
     uint hash = seed;
     for (quint64 part : {quint64(quint32(key.body.left())), quint64(quint32(key.body.top())),
                          quint64(quint32(key.body.width())), quint64(quint32(key.body.height())),
-                         key.degrees, quint64(key.look)})
+                         key.cos, key.sin, quint64(key.look)})
         hash = hash * 31 + ::qHash(part);
     return hash;
 }
@@ -45,17 +45,14 @@ void BoxPictures::finishFrame()
     }
 }
 
-void BoxPictures::draw(QPainter& painter, const QRect& view, const QPoint& at, const QRect& body,
-                       qreal degrees, quint32 look, const QPen& outline, const QBrush& fill)
+void BoxPictures::draw(QPainter& painter, const QRect& view, const QTransform& placed,
+                       const QRect& body, quint32 look, const QPen& outline, const QBrush& fill)
 {
-    QTransform turn;
-    turn.rotate(degrees);
+    const QPoint at(int(placed.dx()), int(placed.dy()));
+    const QTransform turn(placed.m11(), placed.m12(), placed.m21(), placed.m22(), 0.0, 0.0);
     const QRect reach = turn.mapRect(body).adjusted(-Reach, -Reach, Reach, Reach);
     if (!view.contains(reach.translated(at))
         || qint64(reach.width()) * reach.height() > MaxPicturePixels) {
-        QTransform placed;
-        placed.translate(at.x(), at.y());
-        placed.rotate(degrees);
         painter.setTransform(placed);
         painter.setPen(outline);
         painter.setBrush(fill);
@@ -65,7 +62,10 @@ void BoxPictures::draw(QPainter& painter, const QRect& view, const QPoint& at, c
     }
     Key key;
     key.body = body;
-    std::memcpy(&key.degrees, &degrees, sizeof key.degrees);
+    const qreal cos = placed.m11();
+    const qreal sin = placed.m12();
+    std::memcpy(&key.cos, &cos, sizeof key.cos);
+    std::memcpy(&key.sin, &sin, sizeof key.sin);
     key.look = look;
     auto it = m_pictures.find(key);
     if (it == m_pictures.end()) {
@@ -78,8 +78,8 @@ void BoxPictures::draw(QPainter& painter, const QRect& view, const QPoint& at, c
         {
             QPainter onPicture(&picture.image);
             onPicture.setRenderHints(painter.renderHints());
-            onPicture.translate(-reach.left(), -reach.top());
-            onPicture.rotate(degrees);
+            onPicture.setTransform(QTransform(turn.m11(), turn.m12(), turn.m21(), turn.m22(),
+                                              -reach.left(), -reach.top()));
             onPicture.setPen(outline);
             onPicture.setBrush(fill);
             onPicture.drawRect(body);

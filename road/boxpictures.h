@@ -4,6 +4,7 @@
 #include <QImage>
 #include <QPoint>
 #include <QRect>
+#include <QTransform>
 
 class QBrush;
 class QPainter;
@@ -39,23 +40,25 @@ public:
     // transform reset): it draws one to one, whole pixels on whole pixels, aliased.
     static bool canCopy(const QPainter& painter);
 
-    // Draws `body` turned by `degrees` about `at` with the given outline and fill, which
-    // `look` stands for (equal looks, equal pens and brushes), as `drawRect(body)` would
-    // under `translate(at).rotate(degrees)`, for a painter whose world transform is
-    // reset; `view` is the area the painter draws on. The world transform is left
-    // reset; pen and brush may be left as given.
-    void draw(QPainter& painter, const QRect& view, const QPoint& at, const QRect& body,
-              qreal degrees, quint32 look, const QPen& outline, const QBrush& fill);
+    // Draws `body` as `drawRect(body)` would under `placed` (a turn about a whole-pixel
+    // point), with the given outline and fill, which `look` stands for (equal looks,
+    // equal pens and brushes), for a painter whose world transform is reset. A box not
+    // wholly inside `view` (the area the painter draws on; empty where boxes cannot be
+    // copied) is drawn in place. The world transform is left reset; pen and brush may be
+    // left as given.
+    void draw(QPainter& painter, const QRect& view, const QTransform& placed, const QRect& body,
+              quint32 look, const QPen& outline, const QBrush& fill);
 
 private:
     struct Key
     {
         QRect body;
-        quint64 degrees = 0; // the angle's bits: equal angles, equal boxes
+        quint64 cos = 0; // the turn's bits: equal turns, equal boxes
+        quint64 sin = 0;
         quint32 look = 0;
         bool operator==(const Key& other) const
         {
-            return body == other.body && degrees == other.degrees && look == other.look;
+            return body == other.body && cos == other.cos && sin == other.sin && look == other.look;
         }
     };
     friend uint qHash(const Key& key, uint seed);

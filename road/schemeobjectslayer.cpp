@@ -38,7 +38,8 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
     m_sideLabels.clear();
     m_placements.clear();
     const QString speedFormat = tr("%1 km/h");
-    const bool boxPictures = BoxPictures::canCopy(painter);
+    // Boxes are copied from pictures within the view, where the painter allows it.
+    const QRect boxView = BoxPictures::canCopy(painter) ? view : QRect();
     const int lineHeight = metrics.height();
 
     for (quint8 id : order) {
@@ -58,18 +59,10 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
                   : QRect(QPoint(0, -width / 2), QPoint(length - 2, width - width / 2 - 2));
         const QPoint at = g.xyToScreen(o.xRange, o.yRange);
 
-        const qreal heading = -g.objectHeading(o.xSpeed, o.ySpeed);
         QTransform transform;
         transform.translate(at.x(), at.y());
-        transform.rotate(heading);
-        if (boxPictures) {
-            m_boxes.draw(painter, view, at, body, heading, colorId, look.outline, look.fill);
-        } else {
-            painter.setTransform(transform);
-            painter.setPen(look.outline);
-            painter.setBrush(look.fill);
-            painter.drawRect(body);
-        }
+        transform.rotate(-g.objectHeading(o.xSpeed, o.ySpeed));
+        m_boxes.draw(painter, boxView, transform, body, colorId, look.outline, look.fill);
         const QRect glyph = transform.mapRect(body).adjusted(0, 0, 1, 1);
         m_placer.addGlyph(glyph);
         if (length >= MinLabelledSize && width >= MinLabelledSize) {

@@ -447,10 +447,10 @@ void tst_SchemeGeometry::boxPicturesAsDrawnInPlace()
         const quint8 look = quint8(uniform(0, 3));
         const QColor& colour = ObjectColor::base(look);
         const QPen outline(colour, 1.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin);
-        pictures.draw(c, view, at, body, degrees, look, outline, QBrush(colour));
         QTransform transform;
         transform.translate(at.x(), at.y());
         transform.rotate(degrees);
+        pictures.draw(c, view, transform, body, look, outline, QBrush(colour));
         d.setTransform(transform);
         d.setPen(outline);
         d.setBrush(colour);
@@ -466,10 +466,12 @@ void tst_SchemeGeometry::boxPicturesAsDrawnInPlace()
     QImage image = window();
     QPainter p(&image);
     for (int x = 10; x < 250; x += 17)
-        again.draw(p, view, QPoint(x, 100), QRect(0, -3, 12, 6), 12.5, 0, QPen(Qt::red), Qt::red);
+        again.draw(p, view, QTransform().translate(x, 100).rotate(12.5), QRect(0, -3, 12, 6), 0,
+                   QPen(Qt::red), Qt::red);
     QCOMPARE(again.size(), 1);
     // A long truck close up is drawn in place: no picture of it is kept.
-    again.draw(p, view, QPoint(150, 100), QRect(0, -20, 120, 40), 3.0, 0, QPen(Qt::red), Qt::red);
+    again.draw(p, view, QTransform().translate(150, 100).rotate(3.0), QRect(0, -20, 120, 40), 0,
+               QPen(Qt::red), Qt::red);
     QCOMPARE(again.size(), 1);
     p.setRenderHint(QPainter::Antialiasing);
     QVERIFY(!BoxPictures::canCopy(p));
