@@ -65,17 +65,7 @@ void ProjectionPainter::paint(QPainter& painter, const Scene& scene)
                           && scene.tracks && scene.frame;
     // The base and the tracks are drawn at the screen's density, sharp on a scaled display.
     const qreal ratio = painter.device() ? painter.device()->devicePixelRatioF() : 1.0;
-    const BaseKey key{scene.size,
-                      ratio,
-                      scene.road ? scene.road->version() : 0,
-                      showRoad,
-                      scene.options.showLaneLines,
-                      scene.options.showDistLines,
-                      scene.options.showAverageTracks};
-    if (!m_hasBase || !(key == m_baseKey)) {
-        m_baseKey = key;
-        m_hasBase = true;
-        doDrawBase(scene, showRoad, ratio);
+    if (doUpdateBase(scene, showRoad, ratio)) {
         m_composed = m_base.copy();
         m_tracksRects.clear();
     } else if (!m_tracksRects.isEmpty()) {
@@ -122,15 +112,44 @@ void ProjectionPainter::paint(QPainter& painter, const Scene& scene)
         doDrawCheckpoints(painter, scene);
 }
 
-void ProjectionPainter::doDrawBase(const Scene& scene, bool showRoad, qreal devicePixelRatio)
+bool ProjectionPainter::doUpdateBase(const Scene& scene, bool showRoad, qreal devicePixelRatio)
+{
+    const LinesKey linesKey{scene.size,
+                            devicePixelRatio,
+                            scene.road ? scene.road->linesVersion() : 0,
+                            showRoad,
+                            scene.options.showLaneLines,
+                            scene.options.showDistLines};
+    if (!m_hasLines || !(linesKey == m_linesKey)) {
+        m_linesKey = linesKey;
+        m_hasLines = true;
+        ++m_linesDrawn;
+        doDrawLines(scene, showRoad, devicePixelRatio);
+    }
+    const bool average = showRoad && scene.options.showAverageTracks;
+    const BaseKey key{m_linesDrawn, average ? scene.road->averageTracksVersion() : 0, average};
+    if (m_hasBase && key == m_baseKey)
+        return false;
+    m_baseKey = key;
+    m_hasBase = true;
+    if (average && !scene.road->screenAverageTracks().isEmpty()) {
+        m_base = m_lines.copy();
+        doDrawAverageTracks(scene);
+    } else {
+        m_base = m_lines;
+    }
+    return true;
+}
+
+void ProjectionPainter::doDrawLines(const Scene& scene, bool showRoad, qreal devicePixelRatio)
 {
     const int w = scene.size.width();
     const int h = scene.size.height();
-    m_base = QImage((QSizeF(scene.size) * devicePixelRatio).toSize(),
-                    QImage::Format_ARGB32_Premultiplied);
-    m_base.setDevicePixelRatio(devicePixelRatio);
-    m_base.fill(Veil);
-    QPainter p(&m_base);
+    m_lines = QImage((QSizeF(scene.size) * devicePixelRatio).toSize(),
+                     QImage::Format_ARGB32_Premultiplied);
+    m_lines.setDevicePixelRatio(devicePixelRatio);
+    m_lines.fill(Veil);
+    QPainter p(&m_lines);
     p.setPen(QPen(FrameLine, 1, Qt::DashLine));
     p.setBrush(Qt::NoBrush);
     p.drawRect(QRect(QPoint(0, 0), QPoint(w - 2, h - 2)));
@@ -160,11 +179,14 @@ void ProjectionPainter::doDrawBase(const Scene& scene, bool showRoad, qreal devi
         for (const QPolygon& line : road.screenLaneBorders())
             p.drawPolyline(line);
     }
-    if (scene.options.showAverageTracks) {
-        p.setPen(linePen(AverageTrack, 2, Qt::DashLine));
-        for (const QPolygon& track : road.screenAverageTracks())
-            p.drawPolyline(track);
-    }
+}
+
+void ProjectionPainter::doDrawAverageTracks(const Scene& scene)
+{
+    QPainter p(&m_base);
+    p.setPen(linePen(AverageTrack, 2, Qt::DashLine));
+    for (const QPolygon& track : scene.road->screenAverageTracks())
+        p.drawPolyline(track);
 }
 
 void ProjectionPainter::doDrawTracks(const Scene& scene, qreal devicePixelRatio)

@@ -72,25 +72,39 @@ public:
     void paint(QPainter& painter, const Scene& scene);
 
 private:
-    struct BaseKey
+    // What the picture of the veil, frame, cross and road lines is drawn from.
+    struct LinesKey
     {
         QSize size;
         qreal devicePixelRatio = 1.0; // screen pixels per pixel of the view
-        quint64 roadVersion = 0;
+        quint64 linesVersion = 0;
         bool showRoad = false;
         bool showLaneLines = false;
         bool showDistLines = false;
+        bool operator==(const LinesKey& o) const
+        {
+            return size == o.size && devicePixelRatio == o.devicePixelRatio
+                   && linesVersion == o.linesVersion && showRoad == o.showRoad
+                   && showLaneLines == o.showLaneLines && showDistLines == o.showDistLines;
+        }
+    };
+    // What the base (those lines with the average tracks) is drawn from.
+    struct BaseKey
+    {
+        quint64 lines = 0; // the lines picture drawn so far
+        quint64 averageTracksVersion = 0;
         bool showAverageTracks = false;
         bool operator==(const BaseKey& o) const
         {
-            return size == o.size && devicePixelRatio == o.devicePixelRatio
-                   && roadVersion == o.roadVersion && showRoad == o.showRoad
-                   && showLaneLines == o.showLaneLines && showDistLines == o.showDistLines
+            return lines == o.lines && averageTracksVersion == o.averageTracksVersion
                    && showAverageTracks == o.showAverageTracks;
         }
     };
 
-    void doDrawBase(const Scene& scene, bool showRoad, qreal devicePixelRatio);
+    // Brings the base up to date; true when it was drawn anew.
+    bool doUpdateBase(const Scene& scene, bool showRoad, qreal devicePixelRatio);
+    void doDrawLines(const Scene& scene, bool showRoad, qreal devicePixelRatio);
+    void doDrawAverageTracks(const Scene& scene);
     void doDrawTracks(const Scene& scene, qreal devicePixelRatio);
     void doDrawObjects(QPainter& p, const Scene& scene);
     void doDrawCheckpoints(QPainter& p, const Scene& scene) const;
@@ -109,9 +123,16 @@ private:
     void drawDisc(QPainter& p, const QPoint& at, quint8 id, const QColor& outline,
                   const QColor& fill);
 
+    // The average tracks come ten times a second at two hundred cycles and move by a
+    // pixel now and then; the road lines under them only with a new road or camera,
+    // and stroking those wide and dotted lines took most of a base's drawing.
+    LinesKey m_linesKey;
+    bool m_hasLines = false;
+    quint64 m_linesDrawn = 0;
+    QImage m_lines; // veil, frame, cross and road lines
     BaseKey m_baseKey;
     bool m_hasBase = false;
-    QImage m_base; // veil, frame, cross and road lines
+    QImage m_base; // the lines with the average tracks
     QImage m_composed; // the base with the current tracks
     QVector<QRect> m_tracksRects; // where the composed picture differs from the base
     std::vector<int> m_rowLeft; // the span of each row to restore

@@ -33,12 +33,12 @@ void ProjectionRoad::clearAverageTracks()
 {
     m_averageTracks.clear();
     m_screenAverageTracks.clear();
-    ++m_version;
+    ++m_averageVersion;
 }
 
 void ProjectionRoad::apply(const CameraModel& model)
 {
-    ++m_version;
+    ++m_linesVersion;
     if (!model.isValid())
         return;
     m_screenAxis = project(m_axis, model); // kept even when short; it is not painted
@@ -69,5 +69,5 @@ void ProjectionRoad::fitAverageTracks(const CameraModel& model)
     if (screen == m_screenAverageTracks)
         return;
     m_screenAverageTracks = screen;
-    ++m_version;
+    ++m_averageVersion;
 }

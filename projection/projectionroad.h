@@ -31,8 +31,11 @@ public:
     const QList<QPolygon>& screenLaneBorders() const { return m_screenLaneBorders; }
     const QList<QPolygon>& screenDistanceLines() const { return m_screenDistanceLines; }
     const QMap<int, QPolygon>& screenAverageTracks() const { return m_screenAverageTracks; }
-    // Counts every change of the pixel lines, for the picture cached from them.
-    quint64 version() const { return m_version; }
+    // Count the changes of the road's pixel lines and of the average tracks' pixels, for
+    // the pictures cached from them: the average tracks come every few cycles, the road
+    // lines only with a new road or camera.
+    quint64 linesVersion() const { return m_linesVersion; }
+    quint64 averageTracksVersion() const { return m_averageVersion; }
 
     static QPolygon project(const QPolygonF& line, const CameraModel& model);
 
@@ -48,5 +51,6 @@ private:
     QList<QPolygon> m_screenLaneBorders;
     QList<QPolygon> m_screenDistanceLines;
     QMap<int, QPolygon> m_screenAverageTracks;
-    quint64 m_version = 0;
+    quint64 m_linesVersion = 0;
+    quint64 m_averageVersion = 0;
 };

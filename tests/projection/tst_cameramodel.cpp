@@ -307,10 +307,10 @@ void tst_CameraModel::averageTracksRedrawnWhenAPixelMoves()
     road.setAverageTracks(tracks(-1.75));
     road.fitAverageTracks(m);
     QCOMPARE(road.screenAverageTracks().size(), 2);
-    const quint64 before = road.version();
+    const quint64 before = road.averageTracksVersion();
     road.setAverageTracks(tracks(-1.75 + shift));
     road.fitAverageTracks(m);
-    QCOMPARE(road.version() != before, redrawn);
+    QCOMPARE(road.averageTracksVersion() != before, redrawn);
 
     SchemeGeometry g;
     g.rescale(QRectF(0, -10, 100, 20), QSize(540, 208), false, true);

@@ -244,17 +244,32 @@ void tst_ProjectionWidget::objectsDrawnInTheirColours()
 
 void tst_ProjectionWidget::tracksDrawnFrameByFrameAsDrawnAtOnce()
 {
-    // Each repaint takes the last frame's tracks off the picture and draws the new ones:
+    // Each repaint takes the last frame's tracks off the picture and draws the new ones,
+    // and the lanes' average tracks move under them now and then over the road lines:
     // after many frames the window shows what a window painting them once shows.
     ProjectionWidget once;
+    auto lane = [](double y) {
+        return QPolygonF(QVector<QPointF>{QPointF(10, y), QPointF(60, y), QPointF(120, y)});
+    };
     for (ProjectionWidget* view : {m_view.get(), &once}) {
         view->resize(Width, Height);
         view->setTvmsConfig(QJsonObject{{"horizontal_view_angle", 40.0}});
         view->showRadarState(IOrvexClient::Working);
         view->showPosition(6.0, 1.0, -2.0, 3.0, 10.0, 0.0, true);
         view->setShowCurrentTracks(true);
+        view->setShowLaneLines(true);
+        view->setShowDistLines(true);
+        view->setShowAverageTracks(true);
         view->setPaintObjects(true);
+        view->startApplyingRoad(QRectF(0, -10, 150, 20));
+        view->setLaneBorderLines({lane(-3.5), lane(0.0), lane(3.5)});
+        view->setDistanceLines(
+            {{20, QPolygonF(QVector<QPointF>{QPointF(20, -5), QPointF(20, 5)})},
+             {40, QPolygonF(QVector<QPointF>{QPointF(40, -5), QPointF(40, 5)})}});
+        view->finishApplyingRoad();
     }
+    // The other window takes every frame but paints only at the end.
+    once.setUpdatesEnabled(false);
     once.show();
     QVERIFY(QTest::qWaitForWindowExposed(&once));
     const QDateTime start = QDateTime::currentDateTimeUtc().addSecs(-10);
@@ -272,9 +287,12 @@ void tst_ProjectionWidget::tracksDrawnFrameByFrameAsDrawnAtOnce()
                 view->addObject(6, 0.0, 5.0, 28.0, -8.0 + f * 0.5, 4.0, t);
             view->finishFilling(f <= 30 ? QVector<quint8>{1, 2, 3, 4, 5, 6}
                                         : QVector<quint8>{1, 2, 3, 4, 5});
+            if (f % 10 == 0)
+                view->setAverageTracks({{1, lane(-1.75 + f * 0.02)}, {2, lane(1.75 - f * 0.03)}});
         }
         m_view->repaint();
     }
+    once.setUpdatesEnabled(true);
     QCOMPARE(m_view->grab().toImage(), once.grab().toImage());
 }
 
