@@ -120,18 +120,16 @@ bool ProjectionPainter::doUpdateBase(const Scene& scene, bool showRoad, qreal de
                             showRoad,
                             scene.options.showLaneLines,
                             scene.options.showDistLines};
-    if (!m_hasLines || !(linesKey == m_linesKey)) {
+    if (m_linesDrawn == 0 || !(linesKey == m_linesKey)) {
         m_linesKey = linesKey;
-        m_hasLines = true;
         ++m_linesDrawn;
         doDrawLines(scene, showRoad, devicePixelRatio);
     }
     const bool average = showRoad && scene.options.showAverageTracks;
     const BaseKey key{m_linesDrawn, average ? scene.road->averageTracksVersion() : 0, average};
-    if (m_hasBase && key == m_baseKey)
+    if (key == m_baseKey)
         return false;
     m_baseKey = key;
-    m_hasBase = true;
     if (average && !scene.road->screenAverageTracks().isEmpty()) {
         m_base = m_lines.copy();
         doDrawAverageTracks(scene);

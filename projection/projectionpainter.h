@@ -91,7 +91,7 @@ private:
     // What the base (those lines with the average tracks) is drawn from.
     struct BaseKey
     {
-        quint64 lines = 0; // the lines picture drawn so far
+        quint64 lines = 0; // the lines picture it lies on, by count (0 before any)
         quint64 averageTracksVersion = 0;
         bool showAverageTracks = false;
         bool operator==(const BaseKey& o) const
@@ -127,11 +127,9 @@ private:
     // pixel now and then; the road lines under them only with a new road or camera,
     // and stroking those wide and dotted lines took most of a base's drawing.
     LinesKey m_linesKey;
-    bool m_hasLines = false;
-    quint64 m_linesDrawn = 0;
+    quint64 m_linesDrawn = 0; // lines pictures drawn so far
     QImage m_lines; // veil, frame, cross and road lines
     BaseKey m_baseKey;
-    bool m_hasBase = false;
     QImage m_base; // the lines with the average tracks
     QImage m_composed; // the base with the current tracks
     QVector<QRect> m_tracksRects; // where the composed picture differs from the base
