@@ -15,7 +15,7 @@ void DelayedFrameBuffer::addObject(const RoadObject& object)
 {
     // A second report of the same id in one frame replaces the first.
     if (!m_frames.isEmpty())
-        m_frames.last().objects.insert(object.id, object);
+        m_frames.last().objects.insert(object);
 }
 
 void DelayedFrameBuffer::appendSortedIds(const QVector<quint8>& ids)

@@ -241,8 +241,8 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
     const QString speedFormat = tr("%1 km/h");
     bool ok = false;
     for (quint8 id : scene.frame->sortedIds) {
-        const auto it = scene.frame->objects.constFind(id);
-        if (it == scene.frame->objects.cend())
+        const RoadObject* it = scene.frame->objects.find(id);
+        if (!it)
             continue;
         const QPoint at = model.xyToScreen(it->xRange, it->yRange, &ok);
         if (!ok)

@@ -256,7 +256,7 @@ void RoadObjectsWidget::setFrameDateTimeUtc(const QDateTime& dateTime)
 void RoadObjectsWidget::addObject(quint8 id, double xSpeed, double ySpeed, double xRange,
                                   double yRange, double length, const QDateTime& lastDetected)
 {
-    m_objects.insert(id, RoadObject{id, xSpeed, ySpeed, xRange, yRange, length, lastDetected});
+    m_objects.insert(RoadObject{id, xSpeed, ySpeed, xRange, yRange, length, lastDetected});
 }
 
 void RoadObjectsWidget::finishFilling(const QVector<quint8>& order)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "groupedwidget.h"
+#include "frameobjects.h"
 #include "roadobject.h"
 #include "schemegeometry.h"
 #include "schemeobjectslayer.h"
@@ -122,7 +123,7 @@ private:
 
     // The frame.
     QDateTime m_frameTime;
-    QMap<quint8, RoadObject> m_objects;
+    FrameObjects m_objects;
     QVector<quint8> m_order;
     bool m_frameArrived = false;
 

@@ -21,8 +21,7 @@ constexpr int MaxCachedLabels = 512;
 } // namespace
 
 void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
-                               const QVector<quint8>& order,
-                               const QMap<quint8, RoadObject>& objects)
+                               const QVector<quint8>& order, const FrameObjects& objects)
 {
     const QFontMetrics metrics(painter.font());
     if (painter.font() != m_measuredFont) {
@@ -43,10 +42,10 @@ void SchemeObjectsLayer::paint(QPainter& painter, const SchemeGeometry& g,
     const int lineHeight = metrics.height();
 
     for (quint8 id : order) {
-        const auto it = objects.constFind(id);
-        if (it == objects.constEnd())
+        const RoadObject* found = objects.find(id);
+        if (!found)
             continue;
-        const RoadObject& o = *it;
+        const RoadObject& o = *found;
         const quint8 colorId = m_paintObjects ? o.id : 0;
         const Look& look = this->look(colorId);
         const QSize size = g.objectPixelSize(o.length);

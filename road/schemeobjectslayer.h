@@ -3,6 +3,7 @@
 #include "boxpictures.h"
 #include "glyphtext.h"
 #include "labelpictures.h"
+#include "frameobjects.h"
 #include "roadobject.h"
 #include "schemelabelplacer.h"
 
@@ -10,7 +11,6 @@
 #include <QCoreApplication>
 #include <QFont>
 #include <QHash>
-#include <QMap>
 #include <QPen>
 #include <QStaticText>
 #include <QVector>
@@ -35,7 +35,7 @@ public:
     void setPaintObjects(bool paint) { m_paintObjects = paint; }
     // Paints the objects in display order, then their side labels over them.
     void paint(QPainter& painter, const SchemeGeometry& geometry, const QVector<quint8>& order,
-               const QMap<quint8, RoadObject>& objects);
+               const FrameObjects& objects);
 
     // Where the last paint put the side labels, in display order.
     const QVector<SchemeLabelPlacer::Placement>& labels() const { return m_placements; }

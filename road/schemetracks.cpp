@@ -24,7 +24,7 @@ bool hasEarlier(const QPolygon& screen, const QRect& bounds, const QPoint& point
 } // namespace
 
 SchemeTracks::Changes SchemeTracks::update(const QVector<quint8>& order,
-                                           const QMap<quint8, RoadObject>& objects,
+                                           const FrameObjects& objects,
                                            const QDateTime& frameTime,
                                            const SchemeGeometry& geometry)
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "frameobjects.h"
 #include "roadobject.h"
 
 #include <QDateTime>
@@ -36,7 +37,7 @@ public:
 
     // One frame in display order. Unless `reshaped()` changed, drawing may add just the
     // new pieces and draw anew what the returned changes name.
-    Changes update(const QVector<quint8>& order, const QMap<quint8, RoadObject>& objects,
+    Changes update(const QVector<quint8>& order, const FrameObjects& objects,
                    const QDateTime& frameTime, const SchemeGeometry& geometry);
     // Projects every track with a new scale.
     void refit(const SchemeGeometry& geometry);

@@ -76,21 +76,27 @@ QRect TrackRasterizer::drawTrack(const QPoint* points, int count, QRgb color)
         QRgb* at = line(y - 1) + (x - 1);
         at[0] = at[1] = at[next] = at[next + 1] = color;
     };
+    const QPoint last = points[count - 1];
     QPoint previous = points[0];
     for (int i = 1; i < count; ++i) {
         const QPoint p = points[i];
         if (p == previous)
             continue;
         const int ax = previous.x(), ay = previous.y(), bx = p.x(), by = p.y();
+        const bool fromLast = previous == last;
         previous = p;
         const bool ends = inside
                           || (std::min({ax, ay, bx, by}) >= 1 && std::max(ax, bx) < m_width
                               && std::max(ay, by) < m_height);
         if (ends && (inside || !m_clipped) && std::abs(bx - ax) <= 1 && std::abs(by - ay) <= 1) {
             // Most steps of a track go to a neighbouring pixel: a line of one step sets
-            // the blocks on its two ends.
-            block(ax, ay);
-            block(bx, by);
+            // the blocks on its two ends. A point other than the last gets its square
+            // below, which covers its block in the same colour (clipped alike): only the
+            // last point's block is left to set.
+            if (fromLast)
+                block(ax, ay);
+            if (p == last)
+                block(bx, by);
         } else if (inside) {
             doLine(ax, ay, bx, by, color, false);
         } else if (ends) {
@@ -103,7 +109,6 @@ QRect TrackRasterizer::drawTrack(const QPoint* points, int count, QRgb color)
         }
     }
 
-    const QPoint last = points[count - 1];
     const int left = all.left() + 2;
     const int top = all.top() + 2;
     const qint64 boxWidth = qint64(all.right()) - left + 1;

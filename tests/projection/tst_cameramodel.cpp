@@ -239,9 +239,9 @@ void tst_CameraModel::tracksKeepVisibleDetections()
         DelayedFrame frame;
         frame.frameTime = t0.addMSecs(100 * f);
         // Object 1 detected in the view; object 2 only predicted; object 3 far behind.
-        frame.objects.insert(1, RoadObject{1, 0, 0, 15.0 + 0.001 * f, 0, 4, frame.frameTime});
-        frame.objects.insert(2, RoadObject{2, 0, 0, 15.0, 1, 4, t0.addSecs(-1)});
-        frame.objects.insert(3, RoadObject{3, 0, 0, -50.0, 0, 4, frame.frameTime});
+        frame.objects.insert(RoadObject{1, 0, 0, 15.0 + 0.001 * f, 0, 4, frame.frameTime});
+        frame.objects.insert(RoadObject{2, 0, 0, 15.0, 1, 4, t0.addSecs(-1)});
+        frame.objects.insert(RoadObject{3, 0, 0, -50.0, 0, 4, frame.frameTime});
         tracks.update(frame, m);
     }
     QCOMPARE(tracks.rawTrack(1).size(), ProjectionTracks::MaxTrackPoints);
@@ -268,7 +268,7 @@ void tst_CameraModel::tracksKeepVisibleDetections()
     // A model that no longer sees the track's points drops them for good.
     tracks.clearScreen();
     DelayedFrame last;
-    last.objects.insert(1, RoadObject{1, 0, 0, 15, 0, 4, QDateTime()});
+    last.objects.insert(RoadObject{1, 0, 0, 15, 0, 4, QDateTime()});
     last.frameTime = t0;
     tracks.update(last, model(6.0, 2.0, 8.0)); // a narrow lens looking far away
     QVERIFY(tracks.rawTrack(1).isEmpty());
