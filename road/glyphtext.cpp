@@ -18,6 +18,7 @@ void GlyphText::setFont(const QFont& font)
     m_height = metrics.height();
     m_glyphs.fill(m_raw.isValid() ? NotLookedUp : NoGlyph);
     m_advances.fill(0);
+    m_tiles.clear();
 }
 
 bool GlyphText::glyphFor(ushort c)
@@ -66,5 +67,6 @@ void GlyphText::draw(QPainter* painter, const QPointF& topLeft)
         return;
     m_run.setRawFont(m_raw);
     m_run.setRawData(m_indexes.constData(), m_positions.constData(), m_indexes.size());
-    painter->drawGlyphRun(topLeft, m_run);
+    m_tiles.draw(painter, topLeft, m_run, m_indexes.constData(), m_positions.constData(),
+                 m_indexes.size());
 }

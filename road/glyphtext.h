@@ -1,5 +1,7 @@
 #pragma once
 
+#include "glyphtiles.h"
+
 #include <QFont>
 #include <QGlyphRun>
 #include <QRawFont>
@@ -49,4 +51,5 @@ private:
     QVector<QPointF> m_positions;
     qreal m_width = 0;
     QGlyphRun m_run;
+    GlyphTiles m_tiles;
 };

@@ -1,3 +1,4 @@
+#include "glyphtiles.h"
 #include "imitatorobjectwidget.h"
 #include "iorvexclient.h"
 #include "roadbuilder.h"
@@ -5,6 +6,9 @@
 
 #include <QJsonDocument>
 #include <QLabel>
+#include <QPainter>
+#include <QRawFont>
+#include <QScreen>
 #include <QtTest>
 
 // The traffic scheme as a widget: the values written along the road and on the Y
@@ -27,6 +31,7 @@ private slots:
     void imitatorFrames_data();
     void imitatorFrames();
     void imitatorHiddenKeepsItsTextStoppedRadarEmpties();
+    void glyphCopiesInAWindowAsDrawn();
 
 private:
     // The demo road (four lanes, 300 m with a gentle left curve) in a shown widget.
@@ -371,6 +376,83 @@ void tst_RoadObjectsWidget::imitatorHiddenKeepsItsTextStoppedRadarEmpties()
     widget.showRadarState(IOrvexClient::Busy);
     QCOMPARE(widget.text(), QString("no data"));
     QVERIFY(!widget.isEnabled());
+}
+
+namespace {
+// Numbers on cells of two colours, drawn through kept glyphs or by the painter.
+class NumbersWidget : public QWidget
+{
+public:
+    NumbersWidget(QWidget* parent, GlyphTiles* tiles)
+        : QWidget(parent)
+        , m_tiles(tiles)
+    {
+        setAttribute(Qt::WA_OpaquePaintEvent);
+    }
+    int frame = 0;
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter p(this);
+        const QRawFont raw = QRawFont::fromFont(font());
+        const qreal ascent = QFontMetricsF(font()).ascent();
+        for (int cell = 0; cell < 24; ++cell) {
+            const QRect box(cell % 4 * 60, cell / 4 * 20, 60, 20);
+            p.fillRect(box, cell % 3 ? QColor(Qt::white) : QColor(200, 40, 40));
+            p.setPen(cell % 3 ? Qt::black : Qt::white);
+            // Later frames write a digit where earlier ones left the cell blank.
+            const QString text = frame < 3 ? QString::number(cell * 0.37 + frame, 'f', 2)
+                                           : QString::number((cell + frame) % 10);
+            const QVector<quint32> glyphs = raw.glyphIndexesForString(text);
+            QVector<QPointF> positions;
+            qreal x = 0;
+            for (const QPointF& advance : raw.advancesForGlyphIndexes(glyphs)) {
+                positions << QPointF(x, ascent);
+                x += advance.x();
+            }
+            QGlyphRun run;
+            run.setRawFont(raw);
+            run.setGlyphIndexes(glyphs);
+            run.setPositions(positions);
+            const QPointF at(box.left() + (frame < 3 ? 3.4 : 44.4), box.top() + 2);
+            if (m_tiles)
+                m_tiles->draw(&p, at, run, glyphs.constData(), positions.constData(),
+                              glyphs.size());
+            else
+                p.drawGlyphRun(at, run);
+        }
+    }
+
+private:
+    GlyphTiles* m_tiles;
+};
+} // namespace
+
+void tst_RoadObjectsWidget::glyphCopiesInAWindowAsDrawn()
+{
+    // A widget paints into its window's pixels through a painter moved to its place:
+    // glyphs copied there land where, and as, the painter draws them.
+    QWidget window;
+    window.resize(520, 150);
+    GlyphTiles tiles;
+    NumbersWidget copied(&window, &tiles);
+    NumbersWidget drawn(&window, nullptr);
+    copied.setGeometry(13, 7, 240, 120);
+    drawn.setGeometry(271, 18, 240, 120);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    // The last frames repaint two bands only, which cut through some of the numbers.
+    const QRegion bands = QRegion(0, 5, 240, 30) + QRegion(0, 52, 240, 41);
+    for (int frame = 0; frame < 5; ++frame) {
+        copied.frame = drawn.frame = frame;
+        copied.update(frame < 3 ? QRegion(copied.rect()) : bands);
+        drawn.update(frame < 3 ? QRegion(drawn.rect()) : bands);
+        QCoreApplication::sendPostedEvents(&window, QEvent::UpdateRequest);
+        const QImage shown = window.screen()->grabWindow(window.winId()).toImage();
+        QCOMPARE(shown.copy(copied.geometry()), shown.copy(drawn.geometry()));
+    }
+    QVERIFY(tiles.size() > 0);
 }
 
 QTEST_MAIN(tst_RoadObjectsWidget)

@@ -1,6 +1,7 @@
 #include "boxpictures.h"
 #include "fixedtext.h"
 #include "glyphtext.h"
+#include "glyphtiles.h"
 #include "labelpictures.h"
 #include "objectcolor.h"
 #include "schemegeometry.h"
@@ -40,6 +41,8 @@ private slots:
     void boxPicturesAsDrawnInPlace();
     void tracksAsDrawnPointByPoint_data();
     void tracksAsDrawnPointByPoint();
+    void glyphTilesAsDrawnByThePainter_data();
+    void glyphTilesAsDrawnByThePainter();
 
 private:
     // A 100 m road 20 m wide, centred on the radar's line.
@@ -555,6 +558,84 @@ void tst_SchemeGeometry::tracksAsDrawnPointByPoint()
         }
         QVERIFY2(drawn == expected, qPrintable(QString("track %1").arg(track)));
     }
+}
+
+void tst_SchemeGeometry::glyphTilesAsDrawnByThePainter_data()
+{
+    QTest::addColumn<int>("format");
+    QTest::addColumn<int>("look"); // 0 plain, 1 clipped, 2 mottled cells, 3 turned, 4 italic
+    QTest::addColumn<bool>("copies"); // whether glyphs are copied rather than drawn
+    QTest::newRow("cells of three colours") << int(QImage::Format_RGB32) << 0 << true;
+    QTest::newRow("translucent cells") << int(QImage::Format_ARGB32_Premultiplied) << 0 << true;
+    QTest::newRow("a clipped painter") << int(QImage::Format_RGB32) << 1 << false;
+    QTest::newRow("mottled cells") << int(QImage::Format_RGB32) << 2 << false;
+    QTest::newRow("a turned painter") << int(QImage::Format_RGB32) << 3 << false;
+    QTest::newRow("italic letters that lean on each other")
+        << int(QImage::Format_RGB32) << 4 << false;
+}
+
+void tst_SchemeGeometry::glyphTilesAsDrawnByThePainter()
+{
+    // Texts drawn over three frames, once through the kept glyphs and once by the
+    // painter, must give the same pixels; the kept glyphs are copied only where that
+    // holds.
+    QFETCH(int, format);
+    QFETCH(int, look);
+    QFETCH(bool, copies);
+    QFont font;
+    font.setPixelSize(15);
+    font.setItalic(look == 4);
+    const QRawFont raw = QRawFont::fromFont(font);
+    const qreal ascent = QFontMetricsF(font).ascent();
+    const QColor cells[] = {Qt::white, QColor(30, 144, 255), QColor(255, 255, 0, 160)};
+    const QColor inks[] = {Qt::black, QColor(120, 0, 60)};
+    std::mt19937 random(11);
+    GlyphTiles tiles;
+    for (int frame = 0; frame < 3; ++frame) {
+        QImage copied(220, 150, QImage::Format(format));
+        copied.fill(Qt::transparent);
+        QImage drawn = copied;
+        QPainter a(&copied), b(&drawn);
+        for (QPainter* p : {&a, &b}) {
+            p->translate(3, 2);
+            if (look == 1)
+                p->setClipRect(0, 0, 150, 100);
+            if (look == 3)
+                p->rotate(2);
+        }
+        for (int row = 0; row < 6; ++row) {
+            for (int column = 0; column < 3; ++column) {
+                const QRect cell(column * 70, row * 24, 68, 22);
+                const QString text
+                    = look == 4 ? QStringLiteral("fff WWff")
+                                : QString::number(int(random() % 200000) / 100.0 - 1000.0, 'f', 2);
+                const QVector<quint32> glyphs = raw.glyphIndexesForString(text);
+                QVector<QPointF> positions;
+                qreal x = 0;
+                for (const QPointF& advance : raw.advancesForGlyphIndexes(glyphs)) {
+                    positions << QPointF(x, ascent);
+                    x += advance.x();
+                }
+                QGlyphRun run;
+                run.setRawFont(raw);
+                run.setGlyphIndexes(glyphs);
+                run.setPositions(positions);
+                const QPointF at(cell.left() + 2 + column * 0.25, cell.top() + 3 + row % 3 * 0.3);
+                for (QPainter* p : {&a, &b}) {
+                    p->fillRect(cell, cells[(row + column) % 3]);
+                    if (look == 2)
+                        p->fillRect(cell.adjusted(10, 8, -30, -9), Qt::green);
+                    p->setPen(inks[row % 2]);
+                }
+                tiles.draw(&a, at, run, glyphs.constData(), positions.constData(), glyphs.size());
+                b.drawGlyphRun(at, run);
+            }
+        }
+        a.end();
+        b.end();
+        QCOMPARE(copied, drawn);
+    }
+    QCOMPARE(tiles.size() > 0, copies);
 }
 
 QTEST_MAIN(tst_SchemeGeometry)
