@@ -4,6 +4,7 @@
 #include "fixedtext.h"
 #include "labelpictures.h"
 #include "objectcolor.h"
+#include "opaquecover.h"
 #include "projectionroad.h"
 #include "projectiontracks.h"
 
@@ -240,42 +241,69 @@ void ProjectionPainter::doDrawObjects(QPainter& p, const Scene& scene)
     const CameraModel& model = *scene.model;
     const QString speedFormat = tr("%1 km/h");
     bool ok = false;
+    // Each marker's place and label first: what a later label covers is left out.
+    m_markers.clear();
     for (quint8 id : scene.frame->sortedIds) {
-        const RoadObject* it = scene.frame->objects.find(id);
-        if (!it)
+        const RoadObject* object = scene.frame->objects.find(id);
+        if (!object)
             continue;
-        const QPoint at = model.xyToScreen(it->xRange, it->yRange, &ok);
+        Marker marker;
+        marker.at = model.xyToScreen(object->xRange, object->yRange, &ok);
         if (!ok)
             continue;
-        const quint8 colourId = scene.options.paintObjects ? id : 0;
-        const QColor& base = ObjectColor::base(colourId);
-        const QColor& text = ObjectColor::text(colourId);
-
-        if (pictures) {
-            const DiscPicture& picture = discPicture(id, colourId, text, base);
-            p.drawImage(at + picture.offset, picture.image);
-        } else {
-            drawDisc(p, at, id, text, base);
-        }
-
-        const QString label = speedFormat.arg(FixedText::number(RoadObject::kmh(it->xSpeed), 1));
+        marker.id = id;
+        marker.colourId = scene.options.paintObjects ? id : 0;
+        marker.label = speedFormat.arg(FixedText::number(RoadObject::kmh(object->xSpeed), 1));
+        const QPoint& at = marker.at;
         const QRect labelRect(QPoint(at.x() + 22, at.y() - 32), QPoint(at.x() + 149, at.y() + 31));
-        auto bounds = m_labelBounds.find(label);
+        auto bounds = m_labelBounds.find(marker.label);
         if (bounds == m_labelBounds.end()) {
             if (m_labelBounds.size() >= LabelCacheLimit)
                 m_labelBounds.clear();
             bounds = m_labelBounds.insert(
-                label, labelMetrics.boundingRect(QRect(0, 0, labelRect.width(), labelRect.height()),
-                                                 Qt::AlignLeft | Qt::AlignVCenter, label));
+                marker.label,
+                labelMetrics.boundingRect(QRect(0, 0, labelRect.width(), labelRect.height()),
+                                          Qt::AlignLeft | Qt::AlignVCenter, marker.label));
         }
         // The framed box reaches a pixel past its rectangle's right and bottom edges.
-        const QRect frame = bounds->translated(labelRect.topLeft()).adjusted(-4, -2, 5, 1);
-        m_labels.draw(p, frame, label, colourId, [&](QPainter& onto, const QPoint& at) {
-            drawFramedBox(onto, QRect(at, frame.size() - QSize(1, 1)), text, base);
-            onto.setPen(text);
-            onto.setFont(m_labelFont);
-            onto.drawStaticText(at + QPoint(4, 2), staticText(m_labelTexts, label, m_labelFont));
-        });
+        marker.frame = bounds->translated(labelRect.topLeft()).adjusted(-4, -2, 5, 1);
+        m_markers.append(marker);
+    }
+    if (pictures) {
+        // A label covers its whole box: from the last one drawn back, each keeps the part
+        // that no later label covers. (Discs are blended and small: drawn whole.)
+        const QRect view
+            = QRect(0, 0, p.device()->width(), p.device()->height())
+                  .translated(-qRound(p.transform().dx()), -qRound(p.transform().dy()));
+        m_cover.reset(view.size());
+        for (int i = m_markers.size() - 1; i >= 0; --i) {
+            const QRect frame = m_markers[i].frame.translated(-view.topLeft());
+            m_markers[i].shownLabel = m_cover.uncovered(frame).translated(view.topLeft());
+            m_cover.cover(frame);
+        }
+    }
+    for (const Marker& marker : qAsConst(m_markers)) {
+        const QColor& base = ObjectColor::base(marker.colourId);
+        const QColor& text = ObjectColor::text(marker.colourId);
+        if (pictures) {
+            const DiscPicture& disc = discPicture(marker.id, marker.colourId, text, base);
+            p.drawImage(marker.at + disc.offset, disc.image);
+        } else {
+            drawDisc(p, marker.at, marker.id, text, base);
+        }
+        if (pictures && marker.shownLabel.isEmpty())
+            continue;
+        const QRect& frame = marker.frame;
+        m_labels.draw(
+            p, frame, marker.label, marker.colourId,
+            [&](QPainter& onto, const QPoint& at) {
+                drawFramedBox(onto, QRect(at, frame.size() - QSize(1, 1)), text, base);
+                onto.setPen(text);
+                onto.setFont(m_labelFont);
+                onto.drawStaticText(at + QPoint(4, 2),
+                                    staticText(m_labelTexts, marker.label, m_labelFont));
+            },
+            pictures ? marker.shownLabel : frame);
     }
     p.setBrush(Qt::NoBrush);
     m_labels.finishFrame();

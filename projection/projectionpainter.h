@@ -2,6 +2,7 @@
 
 #include "delayedframe.h"
 #include "labelpictures.h"
+#include "opaquecover.h"
 #include "pickupparams.h"
 #include "trackrasterizer.h"
 
@@ -145,4 +146,17 @@ private:
     // by id and colour entry, with the corner's offset from the disc's centre.
     QHash<quint16, DiscPicture> m_discs;
     LabelPictures m_labels; // speed labels by text and colour entry
+    // The frame's markers in drawing order, with the part of each label that stays in
+    // view (where pictures are copied).
+    struct Marker
+    {
+        QPoint at;
+        quint8 id = 0;
+        quint8 colourId = 0;
+        QString label;
+        QRect frame; // the label's box
+        QRect shownLabel;
+    };
+    QVector<Marker> m_markers;
+    OpaqueCover m_cover;
 };

@@ -107,6 +107,18 @@ void LabelPictures::sweep()
     }
 }
 
+QImage LabelPictures::partOf(const QImage& picture, const QRect& part)
+{
+    const QRect area = part & picture.rect();
+    if (area.isEmpty())
+        return QImage();
+    const int bytesPerPixel = picture.depth() / 8;
+    QImage shared(picture.constScanLine(area.top()) + area.left() * bytesPerPixel, area.width(),
+                  area.height(), picture.bytesPerLine(), picture.format());
+    shared.setDevicePixelRatio(picture.devicePixelRatio());
+    return shared;
+}
+
 bool LabelPictures::drawsOneToOne(const QPainter& painter)
 {
     const QTransform& device = painter.deviceTransform();

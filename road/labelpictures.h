@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <array>
+#include <utility>
 #include <vector>
 
 // Pictures of labels that cover their box (a filled box with a short text on it), each
@@ -46,10 +47,17 @@ public:
     // it with its box's top-left corner at the given point, covering the whole box, from
     // the painter's font and hints; it is called only for a label not yet kept (or when
     // the painter does not draw one to one). Texts and tags that look alike must have
-    // the same pixels.
+    // the same pixels. Where pictures are copied, only the part `shown` of the box is
+    // (the rest is to be covered by later drawing).
     template<typename DrawLabel>
     void draw(QPainter& painter, const QRect& box, const QString& text, quint64 tag,
               DrawLabel&& drawLabel)
+    {
+        draw(painter, box, text, tag, std::forward<DrawLabel>(drawLabel), box);
+    }
+    template<typename DrawLabel>
+    void draw(QPainter& painter, const QRect& box, const QString& text, quint64 tag,
+              DrawLabel&& drawLabel, const QRect& shown)
     {
         if (box.isEmpty())
             return;
@@ -67,8 +75,14 @@ public:
             }
             slot.picture = picture;
         }
-        painter.drawImage(box.topLeft(), slot.picture);
+        painter.drawImage(shown.topLeft(),
+                          shown == box ? slot.picture
+                                       : partOf(slot.picture, shown.translated(-box.topLeft())));
     }
+
+    // A part of a picture, sharing its pixels. The painter copies a whole picture
+    // straight, but a part through its general path, which took several times as long.
+    static QImage partOf(const QImage& picture, const QRect& part);
 
     // Whether pictures drawn pixel for pixel can be copied through the painter as they
     // are: it draws one to one, moves by whole pixels only, and lays them over what is

@@ -1,4 +1,5 @@
 #include "cameramodel.h"
+#include "opaquecover.h"
 #include "projectionroad.h"
 #include "projectiontracks.h"
 #include "schemegeometry.h"
@@ -10,6 +11,7 @@
 #include <QtTest>
 
 #include <cmath>
+#include <random>
 
 // The camera model's numbers, its two mappings as round trips over many poses, what a
 // bad camera configuration does to it, and the tracks over the video.
@@ -29,6 +31,8 @@ private slots:
     void tracksKeepVisibleDetections();
     void averageTracksRedrawnWhenAPixelMoves_data();
     void averageTracksRedrawnWhenAPixelMoves();
+    void uncoveredPartsAsRegionsSay_data();
+    void uncoveredPartsAsRegionsSay();
 
 private:
     // Radar 6 m up, looking along X 10 degrees down, a 60 degree lens on 640 x 480.
@@ -275,6 +279,35 @@ void tst_CameraModel::tracksKeepVisibleDetections()
     // An object missing from a frame ends its track.
     tracks.update(DelayedFrame(), m);
     QVERIFY(tracks.isEmpty());
+}
+
+void tst_CameraModel::uncoveredPartsAsRegionsSay_data()
+{
+    QTest::addColumn<int>("largest"); // box sides up to this many pixels
+    QTest::newRow("label-sized boxes") << 40;
+    QTest::newRow("boxes across the view and past its edges") << 200;
+}
+
+void tst_CameraModel::uncoveredPartsAsRegionsSay()
+{
+    // Boxes covered one after another in a view whose rows end inside a word of bits:
+    // what is left of each box is what region arithmetic leaves.
+    QFETCH(int, largest);
+    const QRect view(0, 0, 150, 90);
+    std::mt19937 random(5);
+    OpaqueCover cover;
+    for (int round = 0; round < 20; ++round) {
+        cover.reset(view.size());
+        QRegion covered;
+        for (int i = 0; i < 40; ++i) {
+            const QRect box(int(random() % 190) - 20, int(random() % 120) - 15,
+                            1 + int(random() % largest), 1 + int(random() % 30));
+            const QRect expected = (QRegion(box & view) - covered).boundingRect();
+            QCOMPARE(cover.uncovered(box), expected);
+            cover.cover(box);
+            covered += box & view;
+        }
+    }
 }
 
 QTEST_APPLESS_MAIN(tst_CameraModel)
