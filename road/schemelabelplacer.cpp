@@ -49,13 +49,14 @@ inline bool overlaps(const QRect& a, const QRect& b)
 void SchemeLabelPlacer::Grid::reset(const QRect& view)
 {
     m_origin = view.topLeft();
+    m_lastHit = QRect();
     m_columns = std::max(1, (view.width() + CellWidth - 1) / CellWidth);
     m_rows = std::max(1, (view.height() + CellHeight - 1) / CellHeight);
     const size_t count = size_t(m_columns) * size_t(m_rows);
     if (m_cells.size() != count)
         m_cells.assign(count, {});
     else
-        for (std::vector<int>& cell : m_cells)
+        for (std::vector<QRect>& cell : m_cells)
             cell.clear();
 }
 
@@ -74,24 +75,28 @@ void SchemeLabelPlacer::Grid::cellRange(const QRect& box, int* left, int* top, i
     *bottom = int(row(box.bottom()));
 }
 
-void SchemeLabelPlacer::Grid::add(const QRect& box, int index)
+void SchemeLabelPlacer::Grid::add(const QRect& box)
 {
     int left, top, right, bottom;
     cellRange(box, &left, &top, &right, &bottom);
     for (int r = top; r <= bottom; ++r)
         for (int c = left; c <= right; ++c)
-            m_cells[size_t(r) * size_t(m_columns) + size_t(c)].push_back(index);
+            m_cells[size_t(r) * size_t(m_columns) + size_t(c)].push_back(box);
 }
 
-bool SchemeLabelPlacer::Grid::hits(const QRect& box, const QVector<QRect>& boxes) const
+bool SchemeLabelPlacer::Grid::hits(const QRect& box) const
 {
+    if (!m_lastHit.isNull() && overlaps(m_lastHit, box))
+        return true;
     int left, top, right, bottom;
     cellRange(box, &left, &top, &right, &bottom);
     for (int r = top; r <= bottom; ++r) {
         for (int c = left; c <= right; ++c) {
-            for (int index : m_cells[size_t(r) * size_t(m_columns) + size_t(c)]) {
-                if (overlaps(boxes.at(index), box))
+            for (const QRect& other : m_cells[size_t(r) * size_t(m_columns) + size_t(c)]) {
+                if (overlaps(other, box)) {
+                    m_lastHit = other;
                     return true;
+                }
             }
         }
     }
@@ -101,8 +106,6 @@ bool SchemeLabelPlacer::Grid::hits(const QRect& box, const QVector<QRect>& boxes
 void SchemeLabelPlacer::reset(const QRect& view)
 {
     m_view = view;
-    m_glyphs.clear();
-    m_labels.clear();
     m_glyphGrid.reset(view);
     m_labelGrid.reset(view);
 }
@@ -111,8 +114,7 @@ void SchemeLabelPlacer::addGlyph(const QRect& glyph)
 {
     if (glyph.isEmpty())
         return;
-    m_glyphGrid.add(glyph, m_glyphs.size());
-    m_glyphs.append(glyph);
+    m_glyphGrid.add(glyph);
 }
 
 SchemeLabelPlacer::Placement SchemeLabelPlacer::place(const Label& label)
@@ -137,10 +139,8 @@ SchemeLabelPlacer::Placement SchemeLabelPlacer::place(const Label& label)
         else
             placement.box = usualShort; // over the others, the id still readable
     }
-    if (!placement.box.isEmpty()) {
-        m_labelGrid.add(placement.box, m_labels.size());
-        m_labels.append(placement.box);
-    }
+    if (!placement.box.isEmpty())
+        m_labelGrid.add(placement.box);
     return placement;
 }
 
@@ -171,12 +171,11 @@ bool SchemeLabelPlacer::findPlace(const Label& label, const QSize& size, QRect& 
 bool SchemeLabelPlacer::isFree(const QRect& box) const
 {
     // QRect::contains, inline: most places tried are not free.
-    return box.left() >= m_view.left() && box.right() <= m_view.right()
-           && box.top() >= m_view.top() && box.bottom() <= m_view.bottom()
-           && !m_labelGrid.hits(box, m_labels);
+    return box.left() >= m_view.left() && box.right() <= m_view.right() && box.top() >= m_view.top()
+           && box.bottom() <= m_view.bottom() && !m_labelGrid.hits(box);
 }
 
 bool SchemeLabelPlacer::coversNoGlyph(const QRect& box) const
 {
-    return !m_glyphGrid.hits(box, m_glyphs);
+    return !m_glyphGrid.hits(box);
 }

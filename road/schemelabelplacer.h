@@ -3,7 +3,6 @@
 #include <QPoint>
 #include <QRect>
 #include <QSize>
-#include <QVector>
 
 #include <vector>
 
@@ -53,9 +52,9 @@ private:
     {
     public:
         void reset(const QRect& view);
-        void add(const QRect& box, int index);
-        // Whether any box added is hit by the given one (`boxes` holds them by index).
-        bool hits(const QRect& box, const QVector<QRect>& boxes) const;
+        void add(const QRect& box);
+        // Whether any box added is hit by the given one.
+        bool hits(const QRect& box) const;
 
     private:
         void cellRange(const QRect& box, int* left, int* top, int* right, int* bottom) const;
@@ -63,12 +62,15 @@ private:
         QPoint m_origin;
         int m_columns = 0;
         int m_rows = 0;
-        std::vector<std::vector<int>> m_cells; // box indexes by cell, row by row
+        // The boxes by cell, row by row, each kept in every cell it reaches: a place is
+        // compared with the boxes in its cells without looking them up elsewhere.
+        std::vector<std::vector<QRect>> m_cells;
+        // The box that last hit a place: the places tried around one object are mostly
+        // blocked by the same neighbour.
+        mutable QRect m_lastHit;
     };
 
     QRect m_view;
-    QVector<QRect> m_glyphs;
-    QVector<QRect> m_labels;
     Grid m_glyphGrid;
     Grid m_labelGrid;
 };
