@@ -130,10 +130,10 @@ void HistoryTableWidget::addObject(quint8 id, double xSpeed, double ySpeed, doub
     if (lastDetected != m_frameTime)
         return;
     const int row = m_lastRowById[id] != NoRow ? m_lastRowById[id] + 1 : m_model->rowCount();
-    for (int& last : m_lastRowById) {
-        if (last >= row)
-            ++last;
-    }
+    // Every object's last row from here on moves down by one (written without a branch,
+    // so that the compiler takes the 256 entries several at a time).
+    for (int& last : m_lastRowById)
+        last += int(last >= row);
     m_lastRowById[id] = row;
 
     HistoryRowStore::Row value;
