@@ -5,7 +5,6 @@
 #include <QRawFont>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 namespace {
@@ -14,12 +13,18 @@ constexpr int ProbeMargin = 4;
 // A footprint that fits no window: such a glyph is always left to the painter.
 const QRect Unknown(0, 0, 1 << 24, 1 << 24);
 constexpr double MaxPosition = 1 << 20;
+
+// A glyph at a fraction of a pixel, as one number.
+inline quint64 placedGlyph(quint32 glyph, int fx, int fy)
+{
+    return quint64(glyph) << 12 | quint64(fx) << 6 | quint64(fy);
+}
 } // namespace
 
 size_t GlyphTiles::KeyHash::operator()(const TileKey& key) const
 {
-    quint64 h = (quint64(key.glyph) << 12 | quint64(key.fx) << 6 | quint64(key.fy))
-                ^ quint64(key.ink) * 0x9E3779B97F4A7C15ull ^ quint64(key.background) << 20;
+    quint64 h = placedGlyph(key.glyph, key.fx, key.fy) ^ quint64(key.ink) * 0x9E3779B97F4A7C15ull
+                ^ quint64(key.background) << 20;
     h ^= h >> 29;
     h *= 0xBF58476D1CE4E5B9ull;
     return size_t(h ^ (h >> 32));
@@ -44,7 +49,7 @@ GlyphTiles::Place GlyphTiles::place(const QPointF& devicePosition)
 
 const QRect& GlyphTiles::footprint(const QRawFont& font, quint32 glyph, int fx, int fy)
 {
-    const quint64 key = quint64(glyph) << 12 | quint64(fx) << 6 | quint64(fy);
+    const quint64 key = placedGlyph(glyph, fx, fy);
     auto it = m_footprints.find(key);
     if (it != m_footprints.end())
         return *it;

@@ -1,3 +1,4 @@
+#include "glyphruntext.h"
 #include "glyphtiles.h"
 #include "imitatorobjectwidget.h"
 #include "iorvexclient.h"
@@ -404,17 +405,9 @@ protected:
             // Later frames write a digit where earlier ones left the cell blank.
             const QString text = frame < 3 ? QString::number(cell * 0.37 + frame, 'f', 2)
                                            : QString::number((cell + frame) % 10);
-            const QVector<quint32> glyphs = raw.glyphIndexesForString(text);
-            QVector<QPointF> positions;
-            qreal x = 0;
-            for (const QPointF& advance : raw.advancesForGlyphIndexes(glyphs)) {
-                positions << QPointF(x, ascent);
-                x += advance.x();
-            }
-            QGlyphRun run;
-            run.setRawFont(raw);
-            run.setGlyphIndexes(glyphs);
-            run.setPositions(positions);
+            const QGlyphRun run = glyphRunOf(raw, text, ascent);
+            const QVector<quint32> glyphs = run.glyphIndexes();
+            const QVector<QPointF> positions = run.positions();
             const QPointF at(box.left() + (frame < 3 ? 3.4 : 44.4), box.top() + 2);
             if (m_tiles)
                 m_tiles->draw(&p, at, run, glyphs.constData(), positions.constData(),

@@ -1,5 +1,6 @@
 #include "boxpictures.h"
 #include "fixedtext.h"
+#include "glyphruntext.h"
 #include "glyphtext.h"
 #include "glyphtiles.h"
 #include "labelpictures.h"
@@ -609,17 +610,9 @@ void tst_SchemeGeometry::glyphTilesAsDrawnByThePainter()
                 const QString text
                     = look == 4 ? QStringLiteral("fff WWff")
                                 : QString::number(int(random() % 200000) / 100.0 - 1000.0, 'f', 2);
-                const QVector<quint32> glyphs = raw.glyphIndexesForString(text);
-                QVector<QPointF> positions;
-                qreal x = 0;
-                for (const QPointF& advance : raw.advancesForGlyphIndexes(glyphs)) {
-                    positions << QPointF(x, ascent);
-                    x += advance.x();
-                }
-                QGlyphRun run;
-                run.setRawFont(raw);
-                run.setGlyphIndexes(glyphs);
-                run.setPositions(positions);
+                const QGlyphRun run = glyphRunOf(raw, text, ascent);
+                const QVector<quint32> glyphs = run.glyphIndexes();
+                const QVector<QPointF> positions = run.positions();
                 const QPointF at(cell.left() + 2 + column * 0.25, cell.top() + 3 + row % 3 * 0.3);
                 for (QPainter* p : {&a, &b}) {
                     p->fillRect(cell, cells[(row + column) % 3]);
